@@ -1,0 +1,19 @@
+// Analog inputs: knobs, levers, axes.
+#include <array>
+
+#include "catalogue/signal_lists.h"
+
+namespace fenixA320 {
+namespace {
+
+// clang-format off
+constexpr std::array kRows{
+    SignalEntry{0, "Fenix NONE", "NO SIGNAL"},
+};
+// clang-format on
+
+}  // namespace
+
+std::span<const SignalEntry> analogEntries() { return kRows; }
+
+}  // namespace fenixA320

@@ -1,0 +1,19 @@
+// Rotary encoders the host can report.
+#include <array>
+
+#include "catalogue/signal_lists.h"
+
+namespace fenixA320 {
+namespace {
+
+// clang-format off
+constexpr std::array kRows{
+    SignalEntry{0, "Fenix NONE", "NO SIGNAL"},
+};
+// clang-format on
+
+}  // namespace
+
+std::span<const SignalEntry> encoderEntries() { return kRows; }
+
+}  // namespace fenixA320

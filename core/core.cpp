@@ -1,0 +1,158 @@
+// Construction, start and stop of the core, and its worker loops.
+#include "core/core.h"
+
+#include <chrono>
+#include <thread>
+
+namespace fenixA320 {
+
+using std::chrono::milliseconds;
+
+FenixA320Core::FenixA320Core() = default;
+
+FenixA320Core::~FenixA320Core() { Stop(); }
+
+bool FenixA320Core::Start() {
+    if (!inputsBuilt) {
+        BuildInputLogic();
+        inputsBuilt = true;
+    }
+    if (running.load()) Stop();
+    linkCheckCount.store(10);
+
+    connectWorker.StopWorker();
+    dispatchWorker.StopWorker();
+    connectWorker.periodMs.store(1000);
+    connectWorker.StartWorker([this] { ConnectLoop(*this); });
+    dispatchWorker.periodMs.store(15);
+    dispatchWorker.StartWorker([this] { DispatchLoop(*this); });
+
+    servoWorker.StopWorker();
+    servoWorker.periodMs.store(50);
+    servoWorker.StartWorker([this] { ServoLoop(*this); });
+    rudderTrimWorker.StopWorker();
+    rudderTrimWorker.periodMs.store(10);
+    rudderTrimWorker.StartWorker([this] { RudderTrimLoop(*this); });
+    inputRefreshWorker.StopWorker();
+    inputRefreshWorker.periodMs.store(50);
+    inputRefreshWorker.StartWorker([this] { InputReplayLoop(*this); });
+
+    writerWorker.StopWorker();
+    droppedWrites.store(0);
+    writerWorker.periodMs.store(5);
+    writerWorker.StartWorker([this] { WriterLoop(*this); });
+
+    running.store(true);
+    return true;
+}
+
+bool FenixA320Core::Stop() {
+    running.store(false);
+    if (simHandle.load() != nullptr) {
+        // Let the writer and dispatch threads finish what is in flight.
+        std::this_thread::sleep_for(milliseconds(200));
+    }
+    dispatchWorker.StopWorker();
+    connectWorker.StopWorker();
+    servoWorker.StopWorker();
+    rudderTrimWorker.StopWorker();
+    inputRefreshWorker.StopWorker();
+    writerWorker.StopWorker();
+
+    for (auto& [id, memory] : lastDigitIn) memory.seen = false;
+    for (auto& [id, memory] : lastAnalog) memory.seen = false;
+    resetLiveness(SteadyClock::now());
+
+    simHandle.store(nullptr);
+    connected.store(false);
+    return true;
+}
+
+void FenixA320Core::resetLiveness(TimePoint now) {
+    clockAdvancing.store(false);
+    clockRiseCount = 0;
+    lastClockValue = -1.0;
+    clockSeen.store(false);
+    rerequestPending.store(0);
+    freshUntil.store(now);
+    acceptedClock = -1.0;
+    simRunning.store(true);
+    simPaused.store(false);
+}
+
+void FenixA320Core::BuildInputLogic() {
+    digitOutValues = std::make_unique<std::atomic<double>[]>(kDigitOutSlots);
+    displayValues = std::make_unique<std::atomic<double>[]>(kDisplaySlots);
+    for (std::size_t i = 0; i < kDigitOutSlots; ++i) digitOutValues[i].store(0.0);
+    for (std::size_t i = 0; i < kDisplaySlots; ++i) displayValues[i].store(0.0);
+}
+
+bool FenixA320Core::UpdateOutput() {
+    if (!connected.load()) return false;
+    return true;
+}
+
+bool FenixA320Core::SetDigitOutProc(DigitOutProc proc) {
+    digitOutProc = std::move(proc);
+    return true;
+}
+bool FenixA320Core::SetDisplayProc(DisplayProc proc) {
+    displayProc = std::move(proc);
+    return true;
+}
+bool FenixA320Core::SetServoProc(ServoProc proc) {
+    servoProc = std::move(proc);
+    return true;
+}
+bool FenixA320Core::SetServoSpeedProc(ServoProc proc) {
+    servoSpeedProc = std::move(proc);
+    return true;
+}
+
+// Backlight drivers cannot show levels below 50 of 2500: send them as off.
+bool FenixA320Core::SetPwmProc(PwmProc proc) {
+    pwmProc = [host = std::move(proc)](unsigned int channel, double level) {
+        if (!host) return false;
+        return host(channel, level < 50.0 ? 0.0 : level);
+    };
+    return true;
+}
+
+void FenixA320Core::ConnectLoop(FenixA320Core& core) {
+    runPeriodic(core.connectWorker, Pacing::BoundedCatchUp,
+                [&core](TimePoint now) { core.connectPass(now); });
+}
+void FenixA320Core::DispatchLoop(FenixA320Core& core) {
+    runPeriodic(core.dispatchWorker, Pacing::BoundedCatchUp,
+                [&core](TimePoint now) { core.dispatchPass(now); });
+}
+void FenixA320Core::ServoLoop(FenixA320Core& core) {
+    runPeriodic(core.servoWorker, Pacing::FixedRate,
+                [&core](TimePoint now) { core.servoPass(now); });
+}
+void FenixA320Core::RudderTrimLoop(FenixA320Core& core) {
+    runPeriodic(core.rudderTrimWorker, Pacing::FixedRateTripleStep,
+                [&core](TimePoint now) { core.rudderTrimPass(now); });
+}
+void FenixA320Core::InputReplayLoop(FenixA320Core& core) {
+    runPeriodic(core.inputRefreshWorker, Pacing::FixedPause,
+                [&core](TimePoint now) { core.inputReplayPass(now); });
+}
+void FenixA320Core::WriterLoop(FenixA320Core& core) {
+    runPeriodic(core.writerWorker, Pacing::BoundedCatchUp,
+                [&core](TimePoint now) { core.writerPass(now); });
+}
+
+// The passes below gain their work as the connection, the writer and the input and output
+// sides are built.
+void FenixA320Core::SetDigitIn(int32_t, bool) {}
+void FenixA320Core::SetEncoder(int32_t, int32_t) {}
+void FenixA320Core::SetAnalog(int32_t, double) {}
+void FenixA320Core::connectPass(TimePoint) {}
+void FenixA320Core::dispatchPass(TimePoint) {}
+void FenixA320Core::servoPass(TimePoint) {}
+void FenixA320Core::rudderTrimPass(TimePoint) {}
+void FenixA320Core::inputReplayPass(TimePoint) {}
+void FenixA320Core::writerPass(TimePoint) {}
+
+}  // namespace fenixA320

@@ -1,0 +1,122 @@
+// The one object that owns the module's run-time state and its six worker threads.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+
+#include "core/periodic_worker.h"
+#include "plugin/helmbridge_a320.h"
+
+namespace fenixA320 {
+
+using helmbridge::DigitOutProc;
+using helmbridge::DisplayProc;
+using helmbridge::PwmProc;
+using helmbridge::ServoProc;
+
+inline constexpr std::size_t kDigitOutSlots = 502;  // one spare: slots are positions, not ids
+inline constexpr std::size_t kDisplaySlots = 143;
+
+// A remembered digital input, replayed after a flight reload.
+struct DigitInMemory {
+    bool seen = false;
+    bool state = false;
+};
+
+// A remembered analog input.
+struct AnalogMemory {
+    bool seen = false;
+    double value = 0.0;
+};
+
+class FenixA320Core {
+public:
+    FenixA320Core();
+    ~FenixA320Core();
+    FenixA320Core(const FenixA320Core&) = delete;
+    FenixA320Core& operator=(const FenixA320Core&) = delete;
+
+    // Host-facing operations, called by the exports.
+    bool Start();
+    bool Stop();
+    bool UpdateOutput();
+    bool GetConnectStatus() const { return connected.load(std::memory_order_relaxed); }
+    void SetDigitIn(int32_t id, bool state);
+    void SetEncoder(int32_t id, int32_t direction);
+    void SetAnalog(int32_t id, double value);
+    bool SetDigitOutProc(DigitOutProc proc);
+    bool SetDisplayProc(DisplayProc proc);
+    bool SetServoProc(ServoProc proc);
+    bool SetServoSpeedProc(ServoProc proc);
+    bool SetPwmProc(PwmProc proc);
+
+    // Worker loops: each runs its pass on the worker's schedule until the worker is stopped.
+    static void ConnectLoop(FenixA320Core& core);
+    static void DispatchLoop(FenixA320Core& core);
+    static void ServoLoop(FenixA320Core& core);
+    static void RudderTrimLoop(FenixA320Core& core);
+    static void InputReplayLoop(FenixA320Core& core);
+    static void WriterLoop(FenixA320Core& core);
+
+    // One pass of each loop at time `now`.
+    void connectPass(TimePoint now);
+    void dispatchPass(TimePoint now);
+    void servoPass(TimePoint now);
+    void rudderTrimPass(TimePoint now);
+    void inputReplayPass(TimePoint now);
+    void writerPass(TimePoint now);
+
+    // Builds the input-side objects and the received-value arrays; once per core.
+    void BuildInputLogic();
+
+    std::atomic<int32_t> linkCheckCount{0};
+    std::atomic<bool> running{false};
+    std::atomic<bool> connected{false};
+
+    PeriodicWorker connectWorker;
+    PeriodicWorker dispatchWorker;
+    PeriodicWorker servoWorker;
+    PeriodicWorker rudderTrimWorker;
+    PeriodicWorker inputRefreshWorker;
+    PeriodicWorker writerWorker;
+
+    std::atomic<void*> simHandle{nullptr};
+
+    // Received values, written by the dispatch thread and read elsewhere without a lock.
+    std::unique_ptr<std::atomic<double>[]> digitOutValues;
+    std::unique_ptr<std::atomic<double>[]> displayValues;
+
+    std::atomic<int32_t> variant{0};
+
+    std::unordered_map<int32_t, DigitInMemory> lastDigitIn;
+    std::unordered_map<int32_t, AnalogMemory> lastAnalog;
+
+    // Simulation liveness.
+    std::atomic<bool> clockAdvancing{false};
+    std::atomic<bool> clockSeen{false};
+    std::atomic<bool> simRunning{true};
+    std::atomic<bool> simPaused{false};
+    int32_t clockRiseCount = 0;
+    double lastClockValue = -1.0;
+    double acceptedClock = -1.0;
+    std::atomic<TimePoint> freshUntil{TimePoint{}};
+    std::atomic<int32_t> rerequestPending{0};
+    TimePoint rerequestTime{};
+
+    std::atomic<uint64_t> droppedWrites{0};
+
+    DigitOutProc digitOutProc;
+    DisplayProc displayProc;
+    ServoProc servoProc;
+    ServoProc servoSpeedProc;
+    PwmProc pwmProc;
+
+    bool inputsBuilt = false;
+
+private:
+    void resetLiveness(TimePoint now);
+};
+
+}  // namespace fenixA320

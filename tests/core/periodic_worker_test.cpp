@@ -1,0 +1,132 @@
+// Pacing schedules and the worker loop skeleton, on a fake clock.
+#include "core/periodic_worker.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace fenixA320 {
+namespace {
+
+using std::chrono::milliseconds;
+
+TimePoint at(int64_t ms) { return TimePoint{} + milliseconds(ms); }
+
+// A clock that only moves when a pass does work or the loop sleeps.
+struct FakeClock {
+    static inline TimePoint current{};
+    static inline int reads = 0;
+    static TimePoint now() {
+        ++reads;
+        return current;
+    }
+    static void sleepUntil(TimePoint wake) {
+        if (wake > current) current = wake;
+    }
+    static constexpr LoopClock loopClock{&FakeClock::now, &FakeClock::sleepUntil};
+};
+
+// Runs a loop whose passes take the given durations and records when each pass began.
+std::vector<int64_t> passStarts(Pacing pacing, uint16_t periodMs, const std::vector<int>& workMs) {
+    FakeClock::current = at(0);
+    PeriodicWorker worker;
+    worker.periodMs = periodMs;
+    std::vector<int64_t> starts;
+    std::size_t index = 0;
+    runPeriodic(
+        worker, pacing,
+        [&](TimePoint now) {
+            starts.push_back(std::chrono::duration_cast<milliseconds>(now - at(0)).count());
+            FakeClock::current += milliseconds(workMs[index]);
+            if (++index == workMs.size()) worker.keepRunning = false;
+        },
+        FakeClock::loopClock);
+    return starts;
+}
+
+TEST(Pacing, BoundedCatchUpKeepsTheGridWhileLessThanTwoPeriodsBehind) {
+    // A 15 ms overrun on a 10 ms period is caught up on the original grid.
+    EXPECT_EQ(passStarts(Pacing::BoundedCatchUp, 10, {1, 15, 1, 1}),
+              (std::vector<int64_t>{0, 10, 25, 30}));
+}
+
+TEST(Pacing, BoundedCatchUpRestartsTheScheduleAfterFallingTwoPeriodsBehind) {
+    // The second pass ends at 35 ms, 25 ms past its 10 ms deadline: the next pass starts at
+    // once and the grid restarts from 35.
+    EXPECT_EQ(passStarts(Pacing::BoundedCatchUp, 10, {1, 25, 1, 1}),
+              (std::vector<int64_t>{0, 10, 35, 45}));
+}
+
+TEST(Pacing, FixedRateRunsMissedPassesBackToBack) {
+    EXPECT_EQ(passStarts(Pacing::FixedRate, 50, {1, 160, 1, 1, 1, 1}),
+              (std::vector<int64_t>{0, 50, 210, 211, 212, 250}));
+}
+
+TEST(Pacing, TripleStepGivesThirtyMillisecondsFromTenMillisecondPeriod) {
+    EXPECT_EQ(passStarts(Pacing::FixedRateTripleStep, 10, {1, 1, 1, 1}),
+              (std::vector<int64_t>{0, 30, 60, 90}));
+}
+
+TEST(Pacing, FixedPauseSleepsAfterThePass) {
+    EXPECT_EQ(passStarts(Pacing::FixedPause, 50, {5, 20, 5}), (std::vector<int64_t>{0, 55, 125}));
+}
+
+TEST(Pacing, PureStepMatchesTheLoop) {
+    const Nanos period = milliseconds(5);
+    PaceStep step = pace(Pacing::BoundedCatchUp, at(0), at(9), period);
+    EXPECT_EQ(step.deadline, at(5));
+    EXPECT_EQ(step.wakeAt, at(5));  // already passed: no sleep
+    step = pace(Pacing::BoundedCatchUp, at(0), at(10), period);
+    EXPECT_EQ(step.deadline, at(10));
+    EXPECT_EQ(step.wakeAt, at(10));
+}
+
+TEST(PeriodicWorkerLoop, WorkerWhoseFlagIsFalseOnEntryRunsNoPass) {
+    PeriodicWorker worker;
+    worker.keepRunning = false;
+    int passes = 0;
+    runPeriodic(worker, Pacing::FixedRate, [&](TimePoint) { ++passes; }, FakeClock::loopClock);
+    EXPECT_EQ(passes, 0);
+}
+
+TEST(PeriodicWorkerLoop, PeriodIsReadOnceOnEntry) {
+    FakeClock::current = at(0);
+    PeriodicWorker worker;
+    worker.periodMs = 10;
+    std::vector<TimePoint> starts;
+    runPeriodic(
+        worker, Pacing::FixedRate,
+        [&](TimePoint now) {
+            starts.push_back(now);
+            worker.periodMs = 1000;  // does not reach the running loop
+            if (starts.size() == 3) worker.keepRunning = false;
+        },
+        FakeClock::loopClock);
+    EXPECT_EQ(starts, (std::vector<TimePoint>{at(0), at(10), at(20)}));
+}
+
+TEST(PeriodicWorkerThread, StopJoinsAndLeavesTheWorkerRestartable) {
+    PeriodicWorker worker;
+    worker.periodMs = 1;
+    std::atomic<int> passes{0};
+    for (int round = 0; round < 2; ++round) {
+        const int before = passes.load();
+        worker.StartWorker([&] {
+            runPeriodic(worker, Pacing::FixedPause, [&](TimePoint) { ++passes; });
+        });
+        const auto deadline = SteadyClock::now() + std::chrono::seconds(30);
+        while (passes.load() < before + 3 && SteadyClock::now() < deadline) {
+            std::this_thread::yield();
+        }
+        worker.StopWorker();
+        EXPECT_EQ(worker.thread, nullptr);
+        EXPECT_TRUE(worker.keepRunning.load());
+        EXPECT_GE(passes.load(), before + 3);
+    }
+    const int after = passes.load();
+    worker.StopWorker();  // nothing to stop
+    EXPECT_EQ(passes.load(), after);
+}
+
+}  // namespace
+}  // namespace fenixA320
