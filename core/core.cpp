@@ -8,7 +8,7 @@ namespace fenixA320 {
 
 using std::chrono::milliseconds;
 
-FenixA320Core::FenixA320Core() = default;
+FenixA320Core::FenixA320Core() { initReplayMemories(); }
 
 FenixA320Core::~FenixA320Core() { Stop(); }
 
@@ -81,15 +81,11 @@ void FenixA320Core::resetLiveness(TimePoint now) {
 }
 
 void FenixA320Core::BuildInputLogic() {
+    buildInputSide();
     digitOutValues = std::make_unique<std::atomic<double>[]>(kDigitOutSlots);
     displayValues = std::make_unique<std::atomic<double>[]>(kDisplaySlots);
     for (std::size_t i = 0; i < kDigitOutSlots; ++i) digitOutValues[i].store(0.0);
     for (std::size_t i = 0; i < kDisplaySlots; ++i) displayValues[i].store(0.0);
-}
-
-bool FenixA320Core::UpdateOutput() {
-    if (!connected.load()) return false;
-    return true;
 }
 
 bool FenixA320Core::SetDigitOutProc(DigitOutProc proc) {
@@ -143,16 +139,9 @@ void FenixA320Core::WriterLoop(FenixA320Core& core) {
                 [&core](TimePoint now) { core.writerPass(now); });
 }
 
-// The passes below gain their work as the connection, the writer and the input and output
-// sides are built.
-void FenixA320Core::SetDigitIn(int32_t, bool) {}
-void FenixA320Core::SetEncoder(int32_t, int32_t) {}
-void FenixA320Core::SetAnalog(int32_t, double) {}
+// The passes below gain their work as the connection and the writer are built.
 void FenixA320Core::connectPass(TimePoint) {}
 void FenixA320Core::dispatchPass(TimePoint) {}
-void FenixA320Core::servoPass(TimePoint) {}
-void FenixA320Core::rudderTrimPass(TimePoint) {}
-void FenixA320Core::inputReplayPass(TimePoint) {}
 void FenixA320Core::writerPass(TimePoint) {}
 
 }  // namespace fenixA320

@@ -7,6 +7,8 @@
 #include <unordered_map>
 
 #include "core/periodic_worker.h"
+#include "input/input_state.h"
+#include "output/output_state.h"
 #include "plugin/helmbridge_a320.h"
 
 namespace fenixA320 {
@@ -70,6 +72,13 @@ public:
 
     // Builds the input-side objects and the received-value arrays; once per core.
     void BuildInputLogic();
+    // Input-side parts of construction and of BuildInputLogic.
+    void initReplayMemories();
+    void buildInputSide();
+
+    // The two write operations of the input side: ordered, and latest value only.
+    void QueueWrite(uint32_t defineId, const double* value);
+    void SetLatestWrite(uint32_t defineId, const void* data, uint32_t size);
 
     std::atomic<int32_t> linkCheckCount{0};
     std::atomic<bool> running{false};
@@ -114,6 +123,8 @@ public:
     PwmProc pwmProc;
 
     bool inputsBuilt = false;
+    InputState input;
+    OutputState output;
 
 private:
     void resetLiveness(TimePoint now);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <thread>
 
 #include "core/core.h"
 
@@ -20,6 +21,9 @@ int workersWithThreads(const FenixA320Core& core) {
 
 // Threads of this process, where the system tells (Linux); -1 elsewhere.
 int processThreads() {
+#if defined(_WIN32)
+    return -1;  // under Wine, /proc shows the emulator's own threads too
+#else
     std::error_code ec;
     const std::filesystem::path tasks("/proc/self/task");
     if (!std::filesystem::exists(tasks, ec)) return -1;
@@ -29,6 +33,7 @@ int processThreads() {
         ++count;
     }
     return count;
+#endif
 }
 
 TEST(CoreLifecycle, StopWithoutStartStartsNothing) {
@@ -43,6 +48,7 @@ TEST(CoreLifecycle, StopWithoutStartStartsNothing) {
 
 TEST(CoreLifecycle, TwoStartsLeaveExactlySixWorkerThreads) {
     FenixA320Core core;
+    std::thread([] {}).join();  // let a sanitizer runtime start its helper thread first
     const int threadsBefore = processThreads();
     ASSERT_TRUE(core.Start());
     ASSERT_TRUE(core.Start());

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# The one test command: installs what is missing, then builds and tests every configuration
+# (native, ASan/UBSan, TSan, and the Windows build under Wine) and checks both export tables.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/lib.sh
+
+ensure_packages build windows
+
+presets=(linux linux-asan linux-tsan mingw)
+if [[ $# -gt 0 ]]; then presets=("$@"); fi
+
+for preset in "${presets[@]}"; do
+    step "configure and build: $preset"
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset" -j "$(jobs)"
+    case "$preset" in
+        linux) check_exports_elf "build/linux/bin/libHelmBridgeA320.so" ;;
+        mingw) check_exports_pe "build/mingw/bin/HelmBridgeA320.dll" ;;
+    esac
+done
+
+status=0
+for preset in "${presets[@]}"; do
+    step "test: $preset"
+    [[ "$preset" == mingw ]] && prepare_wine
+    ctest --preset "$preset" -j "$(jobs)" 2>&1 | tee "build/$preset/ctest.log" | tail -n 25 \
+        || true
+    grep -q '100% tests passed' "build/$preset/ctest.log" || { echo "FAILED: $preset"; status=1; }
+done
+
+step "summary"
+for preset in "${presets[@]}"; do
+    printf '%-11s %s\n' "$preset" "$(grep -E 'tests passed|tests failed' "build/$preset/ctest.log" | tail -n 1)"
+done
+exit "$status"
