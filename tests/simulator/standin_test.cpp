@@ -1,0 +1,507 @@
+// Tests of the simulator stand-in, driven through the bound client functions and its controls.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/simconnect_abi.h"
+#include "platform/simconnect_binding.h"
+#include "simulator/standin_control.h"
+
+namespace sc = helmbridge::simconnect;
+namespace standin = helmbridge::standin;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+void collect(sc::SIMCONNECT_RECV* data, sc::DWORD size, void* context) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
+    static_cast<std::vector<Bytes>*>(context)->emplace_back(bytes, bytes + size);
+}
+
+sc::DWORD field(const Bytes& message, std::size_t offset) {
+    sc::DWORD value = 0;
+    std::memcpy(&value, message.data() + offset, sizeof(value));
+    return value;
+}
+
+sc::DWORD messageId(const Bytes& message) { return field(message, 8); }
+
+double payloadDouble(const Bytes& message, std::size_t index) {
+    double value = 0.0;
+    std::memcpy(&value, message.data() + sc::kSimObjectDataHeaderSize + 8 * index, sizeof(value));
+    return value;
+}
+
+class StandIn : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        standinReset();
+        api = helmbridge::platform::bindSimConnect();
+        ASSERT_NE(api, nullptr);
+    }
+    void TearDown() override { standinReset(); }
+
+    sc::HANDLE open() {
+        sc::HANDLE handle = nullptr;
+        EXPECT_EQ(api->open(&handle, "HelmBridge", nullptr, 0, nullptr, 0), sc::kSOk);
+        return handle;
+    }
+    // Opens and takes the OPEN message, so later dispatches see only what the test causes.
+    sc::HANDLE openQuiet() {
+        sc::HANDLE handle = open();
+        dispatch(handle);
+        return handle;
+    }
+    std::vector<Bytes> dispatch(sc::HANDLE handle) {
+        std::vector<Bytes> messages;
+        EXPECT_EQ(api->callDispatch(handle, &collect, &messages), sc::kSOk);
+        return messages;
+    }
+    void addDouble(sc::HANDLE handle, sc::DWORD definition, const char* name) {
+        ASSERT_EQ(
+            api->addToDataDefinition(handle, definition, name, "number",
+                                     sc::SIMCONNECT_DATATYPE_FLOAT64, 0.0f, sc::SIMCONNECT_UNUSED),
+            sc::kSOk);
+    }
+    void request(sc::HANDLE handle, sc::DWORD id, sc::DWORD definition,
+                 sc::SIMCONNECT_PERIOD period) {
+        ASSERT_EQ(api->requestDataOnSimObject(handle, id, definition, sc::SIMCONNECT_OBJECT_ID_USER,
+                                              period, 0, 0, 0, 0),
+                  sc::kSOk);
+    }
+
+    const helmbridge::platform::SimConnectApi* api = nullptr;
+};
+
+std::vector<Bytes> withRequest(const std::vector<Bytes>& messages, sc::DWORD requestId) {
+    std::vector<Bytes> out;
+    for (const Bytes& m : messages) {
+        if (messageId(m) == sc::SIMCONNECT_RECV_ID_SIMOBJECT_DATA && field(m, 12) == requestId) {
+            out.push_back(m);
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+TEST_F(StandIn, OpenHandsOutDistinctHandlesAndQueuesTheOpenMessage) {
+    sc::HANDLE first = open();
+    sc::HANDLE second = open();
+    ASSERT_NE(first, nullptr);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(standinOpenConnectionCount(), 2u);
+    EXPECT_EQ(standinCurrentHandle(), second);
+
+    const auto messages = dispatch(first);
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messageId(messages[0]), static_cast<sc::DWORD>(sc::SIMCONNECT_RECV_ID_OPEN));
+    EXPECT_EQ(messages[0].size(), sizeof(sc::SIMCONNECT_RECV_OPEN));
+    EXPECT_EQ(field(messages[0], 0), messages[0].size());
+    EXPECT_TRUE(dispatch(first).empty());
+
+    EXPECT_EQ(api->close(first), sc::kSOk);
+    EXPECT_EQ(standinOpenConnectionCount(), 1u);
+}
+
+TEST_F(StandIn, OpenFailureReturnsTheResultAndNoHandle) {
+    standinSetOpenResult(sc::kEFail);
+    int dummy = 0;
+    sc::HANDLE handle = &dummy;
+    EXPECT_EQ(api->open(&handle, "HelmBridge", nullptr, 0, nullptr, 0), sc::kEFail);
+    EXPECT_EQ(handle, nullptr);
+    EXPECT_EQ(standinOpenConnectionCount(), 0u);
+    EXPECT_EQ(standin::counters().failedOpens, 1u);
+
+    standinSetOpenResult(sc::kSOk);
+    EXPECT_NE(open(), nullptr);
+    EXPECT_EQ(standin::counters().opens, 1u);
+}
+
+TEST_F(StandIn, ClosedAndUnknownHandlesAreMisuseWhileNullHandlesAreCountedApart) {
+    sc::HANDLE closed = open();
+    ASSERT_EQ(api->close(closed), sc::kSOk);
+    int unknownObject = 0;
+    sc::HANDLE unknown = &unknownObject;
+
+    EXPECT_LT(api->requestSystemState(closed, 3, "Sim"), 0);
+    EXPECT_LT(api->close(closed), 0);
+    EXPECT_LT(api->requestSystemState(unknown, 3, "Sim"), 0);
+    EXPECT_EQ(api->requestSystemState(nullptr, 3, "Sim"), sc::kEFail);
+    EXPECT_EQ(api->close(nullptr), sc::kEFail);
+
+    StandinCounters counters = standin::counters();
+    EXPECT_EQ(counters.closedHandleCalls, 2u);
+    EXPECT_EQ(counters.unknownHandleCalls, 1u);
+    EXPECT_EQ(counters.misuseCalls, 3u);
+    EXPECT_EQ(counters.nullHandleCalls, 2u);
+
+    // A reset ends every connection: a handle from before it counts as closed.
+    sc::HANDLE beforeReset = open();
+    standinReset();
+    EXPECT_LT(api->callDispatch(beforeReset, &collect, nullptr), 0);
+    counters = standin::counters();
+    EXPECT_EQ(counters.closedHandleCalls, 1u);
+    EXPECT_EQ(counters.misuseCalls, 1u);
+}
+
+TEST_F(StandIn, DefinitionsKeepTheirDatumsInOrder) {
+    sc::HANDLE handle = open();
+    addDouble(handle, 3005, "L:I_FCU_AP1");
+    ASSERT_EQ(
+        api->addToDataDefinition(handle, 3008, "TITLE", nullptr, sc::SIMCONNECT_DATATYPE_STRING256,
+                                 0.0f, sc::SIMCONNECT_UNUSED),
+        sc::kSOk);
+    addDouble(handle, 3005, "L:I_FCU_AP2");
+    addDouble(handle, 3005, "L:S_DCDU1_LSK1L");
+
+    EXPECT_EQ(standin::definitionIds(), (std::vector<uint32_t>{3005, 3008}));
+    const auto digit = standin::datums(3005);
+    ASSERT_EQ(digit.size(), 3u);
+    EXPECT_STREQ(digit[0].name, "L:I_FCU_AP1");
+    EXPECT_STREQ(digit[1].name, "L:I_FCU_AP2");
+    EXPECT_STREQ(digit[2].name, "L:S_DCDU1_LSK1L");
+    EXPECT_STREQ(digit[2].unit, "number");
+    EXPECT_EQ(digit[2].type, sc::SIMCONNECT_DATATYPE_FLOAT64);
+    EXPECT_EQ(digit[2].datumId, sc::SIMCONNECT_UNUSED);
+    const auto title = standin::datums(3008);
+    ASSERT_EQ(title.size(), 1u);
+    EXPECT_STREQ(title[0].unit, "");
+    EXPECT_EQ(title[0].size, 256u);
+
+    EXPECT_EQ(api->clearDataDefinition(handle, 3005), sc::kSOk);
+    EXPECT_EQ(standin::definitionIds(), (std::vector<uint32_t>{3008}));
+    EXPECT_EQ(standinDatumCount(nullptr, 3005), -1);
+    EXPECT_LT(api->clearDataDefinition(handle, 3005), 0);
+
+    // Definitions belong to their connection.
+    open();
+    EXPECT_TRUE(standin::definitionIds().empty());
+    EXPECT_EQ(standin::definitionIds(handle).size(), 1u);
+}
+
+TEST_F(StandIn, FrameRequestsDeliverOnePackedBlockPerFrame) {
+    standinSetLVar("I_FCU_AP1", 1.5);
+    standinSetLVar("L:i_fcu_ap2", -2.0);
+    sc::HANDLE handle = openQuiet();
+    addDouble(handle, 3005, "L:I_FCU_AP1");
+    addDouble(handle, 3005, "L:I_FCU_AP2");
+    addDouble(handle, 3005, "L:NEVER_SET");
+    request(handle, 0, 3005, sc::SIMCONNECT_PERIOD_SIM_FRAME);
+    EXPECT_TRUE(dispatch(handle).empty());  // nothing before a frame
+
+    standinRunFrames(3);
+    auto blocks = withRequest(dispatch(handle), 0);
+    ASSERT_EQ(blocks.size(), 3u);
+    for (const Bytes& block : blocks) {
+        EXPECT_EQ(block.size(), sc::kSimObjectDataHeaderSize + 3 * 8);
+        EXPECT_EQ(field(block, 0), block.size());
+        EXPECT_EQ(field(block, 20), 3005u);  // dwDefineID
+        EXPECT_EQ(field(block, 36), 3u);     // dwDefineCount
+        EXPECT_EQ(payloadDouble(block, 0), 1.5);
+        EXPECT_EQ(payloadDouble(block, 1), -2.0);
+        EXPECT_EQ(payloadDouble(block, 2), 0.0);
+    }
+
+    standinSetLVar("L:I_FCU_AP2", 1.0);
+    standinRunFrames(1);
+    blocks = withRequest(dispatch(handle), 0);
+    ASSERT_EQ(blocks.size(), 1u);
+    EXPECT_EQ(payloadDouble(blocks[0], 1), 1.0);
+
+    // Period NEVER ends the request.
+    request(handle, 0, 3005, sc::SIMCONNECT_PERIOD_NEVER);
+    standinRunFrames(2);
+    EXPECT_TRUE(dispatch(handle).empty());
+}
+
+TEST_F(StandIn, SecondRequestsSendTitleAndAdvancingClockOncePerSimulatedSecond) {
+    standinSetFramesPerSecond(10);
+    standinSetTitle("Airbus A321neo Stand-in");
+    sc::HANDLE handle = openQuiet();
+    ASSERT_EQ(
+        api->addToDataDefinition(handle, 3008, "TITLE", nullptr, sc::SIMCONNECT_DATATYPE_STRING256,
+                                 0.0f, sc::SIMCONNECT_UNUSED),
+        sc::kSOk);
+    addDouble(handle, 3009, "L:N_MIP_CLOCK_UTC");
+    request(handle, 4, 3008, sc::SIMCONNECT_PERIOD_SECOND);
+    request(handle, 5, 3009, sc::SIMCONNECT_PERIOD_SECOND);
+
+    standinRunFrames(21);  // sends on frames 1, 11 and 21
+    const auto messages = dispatch(handle);
+    const auto titles = withRequest(messages, 4);
+    const auto clocks = withRequest(messages, 5);
+    ASSERT_EQ(titles.size(), 3u);
+    ASSERT_EQ(clocks.size(), 3u);
+    EXPECT_EQ(titles[0].size(), 296u);
+    EXPECT_STREQ(reinterpret_cast<const char*>(titles[0].data() + 40), "Airbus A321neo Stand-in");
+    EXPECT_EQ(clocks[0].size(), 48u);
+    EXPECT_DOUBLE_EQ(payloadDouble(clocks[1], 0) - payloadDouble(clocks[0], 0), 1.0);
+    EXPECT_DOUBLE_EQ(payloadDouble(clocks[2], 0) - payloadDouble(clocks[1], 0), 1.0);
+
+    standinSetClockStalled(1);
+    standinRunFrames(20);
+    auto stalled = withRequest(dispatch(handle), 5);
+    ASSERT_EQ(stalled.size(), 2u);
+    EXPECT_EQ(payloadDouble(stalled[0], 0), payloadDouble(stalled[1], 0));
+
+    standinSetClockStalled(0);
+    standinSetClock(5.0);
+    standinRunFrames(10);
+    stalled = withRequest(dispatch(handle), 5);
+    ASSERT_EQ(stalled.size(), 1u);
+    EXPECT_DOUBLE_EQ(payloadDouble(stalled[0], 0), 6.0);
+}
+
+TEST_F(StandIn, PauseHoldsTheClockAndAStoppedSimSendsNoData) {
+    sc::HANDLE handle = openQuiet();
+    addDouble(handle, 3009, "L:N_MIP_CLOCK_UTC");
+    request(handle, 5, 3009, sc::SIMCONNECT_PERIOD_SIM_FRAME);
+
+    standinSetPaused(1);
+    const double before = standinClock();
+    standinRunFrames(30);
+    EXPECT_EQ(standinClock(), before);
+    EXPECT_EQ(withRequest(dispatch(handle), 5).size(), 30u);  // data still flows while paused
+
+    standinSetPaused(0);
+    standinSetSimRunning(0);
+    standinRunFrames(30);
+    EXPECT_TRUE(dispatch(handle).empty());
+    standinSetSimRunning(1);
+    standinRunFrames(30);
+    EXPECT_GT(standinClock(), before);
+}
+
+TEST_F(StandIn, KeepAliveIsAnsweredUntilAnswersAreSwitchedOff) {
+    sc::HANDLE handle = openQuiet();
+    ASSERT_EQ(api->requestSystemState(handle, 3, "Sim"), sc::kSOk);
+    auto messages = dispatch(handle);
+    ASSERT_EQ(messages.size(), 1u);
+    sc::SIMCONNECT_RECV_SYSTEM_STATE state{};
+    ASSERT_TRUE(sc::readMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(messages[0].data()),
+                                static_cast<sc::DWORD>(messages[0].size()), state));
+    EXPECT_EQ(state.dwID, static_cast<sc::DWORD>(sc::SIMCONNECT_RECV_ID_SYSTEM_STATE));
+    EXPECT_EQ(state.dwRequestID, 3u);
+    EXPECT_EQ(state.dwInteger, 1u);
+
+    standinSetKeepAliveAnswers(0);
+    EXPECT_EQ(api->requestSystemState(handle, 3, "Sim"), sc::kSOk);
+    EXPECT_TRUE(dispatch(handle).empty());
+    EXPECT_LT(api->requestSystemState(handle, 3, "NoSuchState"), 0);
+}
+
+TEST_F(StandIn, SubscribedSystemEventsArriveWithTheirIdsAndData) {
+    sc::HANDLE handle = openQuiet();
+    const std::pair<sc::DWORD, const char*> subscriptions[] = {{9001, "FlightLoaded"},
+                                                               {9002, "AircraftLoaded"},
+                                                               {9003, "Pause"},
+                                                               {9004, "sim"},
+                                                               {9005, "Crashed"}};
+    for (const auto& [id, name] : subscriptions) {
+        ASSERT_EQ(api->subscribeToSystemEvent(handle, id, name), sc::kSOk) << name;
+    }
+    EXPECT_EQ(standin::subscription(9004), "sim");
+    EXPECT_LT(api->subscribeToSystemEvent(handle, 9100, "NoSuchEvent"), 0);
+
+    // Pause and Sim report their current state at once.
+    auto messages = dispatch(handle);
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_EQ(field(messages[0], 16), 9003u);
+    EXPECT_EQ(field(messages[0], 20), 0u);
+    EXPECT_EQ(field(messages[1], 16), 9004u);
+    EXPECT_EQ(field(messages[1], 20), 1u);
+
+    standinSetPaused(1);
+    standinCrash();
+    standinLoadFlight("flights\\LFPG.FLT");
+    standinLoadAircraft("SimObjects\\Airplanes\\A320\\aircraft.cfg");
+    messages = dispatch(handle);
+    ASSERT_EQ(messages.size(), 4u);
+    EXPECT_EQ(messageId(messages[0]), static_cast<sc::DWORD>(sc::SIMCONNECT_RECV_ID_EVENT));
+    EXPECT_EQ(field(messages[0], 16), 9003u);
+    EXPECT_EQ(field(messages[0], 20), 1u);
+    EXPECT_EQ(field(messages[1], 16), 9005u);
+    sc::SIMCONNECT_RECV_EVENT_FILENAME file{};
+    ASSERT_TRUE(sc::readMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(messages[2].data()),
+                                static_cast<sc::DWORD>(messages[2].size()), file));
+    EXPECT_EQ(file.dwID, static_cast<sc::DWORD>(sc::SIMCONNECT_RECV_ID_EVENT_FILENAME));
+    EXPECT_EQ(file.uEventID, 9001u);
+    EXPECT_STREQ(file.szFileName, "flights\\LFPG.FLT");
+    EXPECT_EQ(field(messages[3], 16), 9002u);
+
+    ASSERT_EQ(api->unsubscribeFromSystemEvent(handle, 9005), sc::kSOk);
+    standinCrash();
+    EXPECT_TRUE(dispatch(handle).empty());
+}
+
+TEST_F(StandIn, SetDataWritesTheBlockIntoTheVariablesByDatumOrder) {
+    sc::HANDLE handle = open();
+    addDouble(handle, 3000, "L:S_CDU1_KEY_A");
+    addDouble(handle, 3000, "L:s_cdu1_key_b");
+    double block[2] = {1.0, 2.0};
+    EXPECT_EQ(api->setDataOnSimObject(handle, 3000, sc::SIMCONNECT_OBJECT_ID_USER, 0, 0,
+                                      sizeof(block), block),
+              sc::kSOk);
+    EXPECT_EQ(standin::lvar("S_CDU1_KEY_A"), 1.0);
+    EXPECT_EQ(standin::lvar("L:S_CDU1_KEY_B"), 2.0);
+
+    // A block that does not fit the definition changes nothing.
+    double single = 9.0;
+    EXPECT_LT(api->setDataOnSimObject(handle, 3000, 0, 0, 0, sizeof(single), &single), 0);
+    EXPECT_EQ(standin::lvar("S_CDU1_KEY_A"), 1.0);
+    EXPECT_LT(api->setDataOnSimObject(handle, 4242, 0, 0, 0, sizeof(single), &single), 0);
+
+    // Writing the cockpit clock moves it; frames advance from there.
+    addDouble(handle, 3009, "L:N_MIP_CLOCK_UTC");
+    double clock = 100.0;
+    ASSERT_EQ(api->setDataOnSimObject(handle, 3009, 0, 0, 0, sizeof(clock), &clock), sc::kSOk);
+    standinRunSeconds(2);
+    EXPECT_DOUBLE_EQ(standinClock(), 102.0);
+
+    const auto sets = standin::calls(kStandinSetDataOnSimObject);
+    ASSERT_EQ(sets.size(), 4u);
+    EXPECT_EQ(sets[0].id, 3000u);
+    EXPECT_EQ(sets[0].unitSize, 16u);
+    EXPECT_EQ(sets[0].data, Bytes(reinterpret_cast<unsigned char*>(block),
+                                  reinterpret_cast<unsigned char*>(block) + sizeof(block)));
+    EXPECT_EQ(sets[2].id, 4242u);  // refused calls are recorded too
+    EXPECT_EQ(sets[2].data.size(), 8u);
+    EXPECT_LT(sets[2].result, 0);
+}
+
+TEST_F(StandIn, QuitIsDeliveredAndThenTheLinkIsDead) {
+    sc::HANDLE handle = openQuiet();
+    standinQuit();
+    const auto messages = dispatch(handle);
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messageId(messages[0]), static_cast<sc::DWORD>(sc::SIMCONNECT_RECV_ID_QUIT));
+
+    std::vector<Bytes> none;
+    EXPECT_LT(api->callDispatch(handle, &collect, &none), 0);
+    EXPECT_LT(api->requestSystemState(handle, 3, "Sim"), 0);
+    EXPECT_EQ(api->close(handle), sc::kSOk);  // still a valid handle: not misuse
+    EXPECT_EQ(standin::counters().misuseCalls, 0u);
+}
+
+TEST_F(StandIn, RecordsEveryCallWithItsArgumentsAndCallingThread) {
+    sc::HANDLE handle = open();
+    addDouble(handle, 3005, "L:I_FCU_AP1");
+    uint64_t workerThread = 0;
+    std::thread worker([&] {
+        workerThread = standinThreadId();
+        api->requestDataOnSimObject(handle, 1, 3005, 0, sc::SIMCONNECT_PERIOD_SIM_FRAME, 0, 0, 0,
+                                    0);
+    });
+    worker.join();
+    ASSERT_NE(workerThread, standinThreadId());
+
+    const auto calls = standin::calls();
+    ASSERT_EQ(calls.size(), 3u);
+    EXPECT_EQ(calls[0].function, kStandinOpen);
+    EXPECT_STREQ(calls[0].name, "HelmBridge");
+    EXPECT_EQ(calls[0].handle, handle);
+    EXPECT_EQ(calls[0].threadId, standinThreadId());
+    EXPECT_EQ(calls[1].function, kStandinAddToDataDefinition);
+    EXPECT_STREQ(calls[1].unit, "number");
+    EXPECT_EQ(calls[1].datumType, sc::SIMCONNECT_DATATYPE_FLOAT64);
+    EXPECT_EQ(calls[2].function, kStandinRequestDataOnSimObject);
+    EXPECT_EQ(calls[2].threadId, workerThread);
+    EXPECT_EQ(calls[2].id, 1u);
+    EXPECT_EQ(calls[2].defineId, 3005u);
+    EXPECT_EQ(calls[2].period, sc::SIMCONNECT_PERIOD_SIM_FRAME);
+    EXPECT_EQ(calls[2].result, sc::kSOk);
+}
+
+TEST_F(StandIn, DispatchCallbackMayCallBackAndMayCloseTheConnection) {
+    sc::HANDLE handle = openQuiet();
+    ASSERT_EQ(api->requestSystemState(handle, 3, "Sim"), sc::kSOk);
+    ASSERT_EQ(api->requestSystemState(handle, 7, "Sim"), sc::kSOk);
+
+    struct Context {
+        const helmbridge::platform::SimConnectApi* api;
+        sc::HANDLE handle;
+        int seen;
+    } context{api, handle, 0};
+    const auto closeOnFirst = [](sc::SIMCONNECT_RECV*, sc::DWORD, void* raw) {
+        auto* c = static_cast<Context*>(raw);
+        ++c->seen;
+        c->api->requestSystemState(c->handle, 9, "Sim");  // re-enters the stand-in
+        c->api->close(c->handle);
+    };
+    EXPECT_EQ(api->callDispatch(handle, closeOnFirst, &context), sc::kSOk);
+    EXPECT_EQ(context.seen, 1);  // the second answer was not delivered after the close
+    EXPECT_EQ(standinOpenConnectionCount(), 0u);
+    EXPECT_EQ(standin::counters().misuseCalls, 0u);
+}
+
+TEST_F(StandIn, OddArgumentsFailWithoutHarm) {
+    EXPECT_EQ(api->open(nullptr, "HelmBridge", nullptr, 0, nullptr, 0), sc::kEFail);
+    sc::HANDLE handle = open();
+    EXPECT_LT(api->callDispatch(handle, nullptr, nullptr), 0);
+    EXPECT_LT(api->requestSystemState(handle, 3, nullptr), 0);
+    EXPECT_LT(api->addToDataDefinition(handle, 1, nullptr, "number",
+                                       sc::SIMCONNECT_DATATYPE_FLOAT64, 0.0f, 0),
+              0);
+    EXPECT_LT(api->addToDataDefinition(handle, 1, "L:X", "number",
+                                       static_cast<sc::SIMCONNECT_DATATYPE>(99), 0.0f, 0),
+              0);
+    EXPECT_LT(
+        api->requestDataOnSimObject(handle, 1, 77, 0, sc::SIMCONNECT_PERIOD_SIM_FRAME, 0, 0, 0, 0),
+        0);
+    EXPECT_LT(api->subscribeToSystemEvent(handle, 1, nullptr), 0);
+    EXPECT_LT(api->unsubscribeFromSystemEvent(handle, 12345), 0);
+    EXPECT_LT(api->setDataOnSimObject(handle, 1, 0, 0, 0, 8, nullptr), 0);
+    EXPECT_LT(api->setDataOnSimObject(handle, 1, 0, 0, 0xFFFFFFFFu, 0xFFFFFFFFu, &handle), 0);
+    EXPECT_EQ(standinDatum(nullptr, 1, 0, nullptr), 0);
+    EXPECT_EQ(standinCall(1u << 30, nullptr), 0);
+    EXPECT_EQ(standinGetLVar(nullptr, nullptr), 0);
+    EXPECT_EQ(standinOpenConnectionCount(), 1u);
+    EXPECT_EQ(standin::counters().misuseCalls, 0u);
+}
+
+TEST_F(StandIn, RealTimeFramesServeConcurrentClients) {
+    sc::HANDLE handle = openQuiet();
+    addDouble(handle, 3005, "L:I_FCU_AP1");
+    addDouble(handle, 3000, "L:S_KEY");
+    request(handle, 0, 3005, sc::SIMCONNECT_PERIOD_SIM_FRAME);
+    ASSERT_EQ(standinStartFrameThread(200), 1);
+    EXPECT_EQ(standinStartFrameThread(200), 0);
+
+    // A dispatch thread, a writer thread and this control thread work at the same time.
+    std::atomic<bool> stop{false};
+    std::atomic<int> blocks{0};
+    std::thread dispatcher([&] {
+        while (!stop) {
+            std::vector<Bytes> messages;
+            api->callDispatch(handle, &collect, &messages);
+            blocks += static_cast<int>(withRequest(messages, 0).size());
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    });
+    std::thread writer([&] {
+        for (double v = 0; !stop; v += 1.0) {
+            api->setDataOnSimObject(handle, 3000, 0, 0, 0, sizeof(v), &v);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (blocks < 50 && std::chrono::steady_clock::now() < deadline) {
+        standinSetLVar("I_FCU_AP1", static_cast<double>(blocks.load()));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    stop = true;
+    dispatcher.join();
+    writer.join();
+    standinStopFrameThread();
+
+    EXPECT_GE(blocks.load(), 50);
+    EXPECT_GE(standinFrameCount(), 50u);
+    EXPECT_GT(standin::lvar("S_KEY"), 0.0);
+}
