@@ -22,6 +22,8 @@ using HRESULT = std::int32_t;
 using HANDLE = void*;
 using HWND = void*;
 using LPCSTR = const char*;
+static_assert(sizeof(DWORD) == 4 && sizeof(HRESULT) == 4 && sizeof(HANDLE) == 8,
+              "the client library is 64-bit: 4-byte DWORD and HRESULT, 8-byte handles");
 
 using SIMCONNECT_OBJECT_ID = DWORD;
 using SIMCONNECT_DATA_DEFINITION_ID = DWORD;
@@ -107,6 +109,9 @@ enum SIMCONNECT_DATATYPE : std::int32_t {
     SIMCONNECT_DATATYPE_LATLONALT = 15,
     SIMCONNECT_DATATYPE_XYZ = 16,
 };
+
+// Unfixed enums are `int` under MSVC: passed and stored as 4 bytes.
+static_assert(sizeof(SIMCONNECT_PERIOD) == 4 && sizeof(SIMCONNECT_DATATYPE) == 4);
 
 // Byte size of one datum of a fixed-size type in a data block; 0 for variable or structured ones.
 constexpr std::uint32_t datumSize(SIMCONNECT_DATATYPE type) {
