@@ -327,8 +327,17 @@ sc::HRESULT World::addToDataDefinition(sc::HANDLE handle, sc::DWORD defineId, co
     }
     auto [it, added] = connection->definitions.try_emplace(defineId);
     if (added) connection->definitionOrder.push_back(defineId);
-    it->second.datums.push_back(
-        Datum{datumName, unitsName != nullptr ? unitsName : "", type, epsilon, datumId, size});
+    Datum datum;
+    datum.name = datumName;
+    datum.unit = unitsName != nullptr ? unitsName : "";
+    datum.type = type;
+    datum.epsilon = epsilon;
+    datum.datumId = datumId;
+    datum.size = size;
+    if (isLVarName(datum.name)) datum.lvarKey = lvarKey(datum.name);
+    datum.isTitle = lowerCase(datum.name) == "title" && type >= sc::SIMCONNECT_DATATYPE_STRING8 &&
+                    type <= sc::SIMCONNECT_DATATYPE_STRING260;
+    it->second.datums.push_back(std::move(datum));
     it->second.size += size;
     return finish(record, sc::kSOk);
 }
@@ -463,8 +472,8 @@ sc::HRESULT World::setDataOnSimObject(sc::HANDLE handle, sc::DWORD defineId, sc:
     const unsigned char* at = record.data.data();
     for (const Datum& datum : definition->second.datums) {
         double value = 0.0;
-        if (isLVarName(datum.name) && decodeNumber(at, datum.type, value)) {
-            assignLVarLocked(lvarKey(datum.name), value);
+        if (!datum.lvarKey.empty() && decodeNumber(at, datum.type, value)) {
+            assignLVarLocked(datum.lvarKey, value);
         }
         at += datum.size;
     }
@@ -552,11 +561,10 @@ Message World::dataBlockLocked(const Definition& definition) {
     Message block(definition.size, 0);
     unsigned char* at = block.data();
     for (const Datum& datum : definition.datums) {
-        if (isLVarName(datum.name)) {
-            const auto value = lvars_.find(lvarKey(datum.name));
+        if (!datum.lvarKey.empty()) {
+            const auto value = lvars_.find(datum.lvarKey);
             encodeNumber(at, datum.type, value != lvars_.end() ? value->second : 0.0);
-        } else if (lowerCase(datum.name) == "title" && datum.size >= 8 &&
-                   datum.type >= sc::SIMCONNECT_DATATYPE_STRING8) {
+        } else if (datum.isTitle) {
             copyText(reinterpret_cast<char*>(at), datum.size, title_.c_str());
         }
         // Other simulation variables are not simulated: they read as zero.

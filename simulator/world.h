@@ -29,6 +29,9 @@ struct Datum {
     float epsilon = 0.0f;
     std::uint32_t datumId = 0;
     std::uint32_t size = 0;
+    // Worked out once when added, since blocks are built every frame.
+    std::string lvarKey;  // the store's key for an L: variable, empty otherwise
+    bool isTitle = false;
 };
 
 struct Definition {
