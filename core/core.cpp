@@ -4,13 +4,31 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/module_lifetime.h"
+
 namespace fenixA320 {
 
 using std::chrono::milliseconds;
 
-FenixA320Core::FenixA320Core() { initReplayMemories(); }
+FenixA320Core::FenixA320Core(const platform::Platform& seam) : seam(seam) { initReplayMemories(); }
 
-FenixA320Core::~FenixA320Core() { Stop(); }
+FenixA320Core::~FenixA320Core() {
+    if (platform::processExiting()) {
+        abandonWorkers();
+        return;
+    }
+    Stop();
+}
+
+void FenixA320Core::abandonWorkers() {
+    for (PeriodicWorker* worker : {&connectWorker, &dispatchWorker, &servoWorker, &rudderTrimWorker,
+                                   &inputRefreshWorker, &writerWorker}) {
+        if (!worker->thread) continue;
+        worker->keepRunning.store(false);
+        worker->thread->detach();
+        worker->thread.reset();
+    }
+}
 
 bool FenixA320Core::Start() {
     if (!inputsBuilt) {
@@ -18,6 +36,9 @@ bool FenixA320Core::Start() {
         inputsBuilt = true;
     }
     if (running.load()) Stop();
+    // From here on worker threads run module code: the module stays loaded until the process
+    // ends, whatever the host does.
+    platform::pinModule();
     linkCheckCount.store(10);
 
     connectWorker.StopWorker();
@@ -38,7 +59,9 @@ bool FenixA320Core::Start() {
     inputRefreshWorker.StartWorker([this] { InputReplayLoop(*this); });
 
     writerWorker.StopWorker();
+    clearWritePaths();
     droppedWrites.store(0);
+    // The held set depends only on constant tables and was built with the core.
     writerWorker.periodMs.store(5);
     writerWorker.StartWorker([this] { WriterLoop(*this); });
 
@@ -49,6 +72,7 @@ bool FenixA320Core::Start() {
 bool FenixA320Core::Stop() {
     running.store(false);
     if (simHandle.load() != nullptr) {
+        UnregisterSimData();
         // Let the writer and dispatch threads finish what is in flight.
         std::this_thread::sleep_for(milliseconds(200));
     }
@@ -59,11 +83,12 @@ bool FenixA320Core::Stop() {
     inputRefreshWorker.StopWorker();
     writerWorker.StopWorker();
 
+    clearWritePaths();
     for (auto& [id, memory] : lastDigitIn) memory.seen = false;
     for (auto& [id, memory] : lastAnalog) memory.seen = false;
     resetLiveness(SteadyClock::now());
 
-    simHandle.store(nullptr);
+    closeConnection();
     connected.store(false);
     return true;
 }
@@ -114,14 +139,6 @@ bool FenixA320Core::SetPwmProc(PwmProc proc) {
     return true;
 }
 
-void FenixA320Core::ConnectLoop(FenixA320Core& core) {
-    runPeriodic(core.connectWorker, Pacing::BoundedCatchUp,
-                [&core](TimePoint now) { core.connectPass(now); });
-}
-void FenixA320Core::DispatchLoop(FenixA320Core& core) {
-    runPeriodic(core.dispatchWorker, Pacing::BoundedCatchUp,
-                [&core](TimePoint now) { core.dispatchPass(now); });
-}
 void FenixA320Core::ServoLoop(FenixA320Core& core) {
     runPeriodic(core.servoWorker, Pacing::FixedRate,
                 [&core](TimePoint now) { core.servoPass(now); });
@@ -134,14 +151,5 @@ void FenixA320Core::InputReplayLoop(FenixA320Core& core) {
     runPeriodic(core.inputRefreshWorker, Pacing::FixedPause,
                 [&core](TimePoint now) { core.inputReplayPass(now); });
 }
-void FenixA320Core::WriterLoop(FenixA320Core& core) {
-    runPeriodic(core.writerWorker, Pacing::BoundedCatchUp,
-                [&core](TimePoint now) { core.writerPass(now); });
-}
-
-// The passes below gain their work as the connection and the writer are built.
-void FenixA320Core::connectPass(TimePoint) {}
-void FenixA320Core::dispatchPass(TimePoint) {}
-void FenixA320Core::writerPass(TimePoint) {}
 
 }  // namespace fenixA320

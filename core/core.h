@@ -4,15 +4,22 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "core/periodic_worker.h"
+#include "core/write_paths.h"
 #include "input/input_state.h"
 #include "output/output_state.h"
+#include "platform/platform.h"
+#include "platform/simconnect_abi.h"
+#include "platform/simconnect_binding.h"
 #include "plugin/helmbridge_a320.h"
 
 namespace fenixA320 {
 
+namespace platform = helmbridge::platform;
 using helmbridge::DigitOutProc;
 using helmbridge::DisplayProc;
 using helmbridge::PwmProc;
@@ -34,8 +41,10 @@ struct AnalogMemory {
 };
 
 class FenixA320Core {
-public:
-    FenixA320Core();
+  public:
+    // The seam reaches the simulator's client library, the process and file probes and the
+    // debugger output; tests hand in their own.
+    explicit FenixA320Core(const platform::Platform& seam = platform::systemPlatform());
     ~FenixA320Core();
     FenixA320Core(const FenixA320Core&) = delete;
     FenixA320Core& operator=(const FenixA320Core&) = delete;
@@ -70,6 +79,22 @@ public:
     void inputReplayPass(TimePoint now);
     void writerPass(TimePoint now);
 
+    // The output cycle's three passes, and the dome light switch position the backlight reads.
+    void updateDigitOut();
+    void updateDisplayOut();
+    void updatePwmOut();
+    double domeLightSwitchValue() const;
+
+    // The simulator connection.
+    static void HELMBRIDGE_SIMCONNECT_CALL
+    HandleSimMessage(helmbridge::simconnect::SIMCONNECT_RECV* data,
+                     helmbridge::simconnect::DWORD size, void* context);
+    void handleSimMessage(const helmbridge::simconnect::SIMCONNECT_RECV* message,
+                          helmbridge::simconnect::DWORD size, TimePoint now);
+    void RegisterSimData();
+    void UnregisterSimData();
+    void RerequestSimData();
+
     // Builds the input-side objects and the received-value arrays; once per core.
     void BuildInputLogic();
     // Input-side parts of construction and of BuildInputLogic.
@@ -79,6 +104,11 @@ public:
     // The two write operations of the input side: ordered, and latest value only.
     void QueueWrite(uint32_t defineId, const double* value);
     void SetLatestWrite(uint32_t defineId, const void* data, uint32_t size);
+    // Empties the queue, the latest values and the held values.
+    void clearWritePaths();
+    // One SetDataOnSimObject on the user's aircraft, if the connection is open.
+    void sendData(uint32_t defineId, uint32_t arrayCount, uint32_t unitSize, const void* data);
+    static std::unordered_set<uint32_t> buildHeldDefinitions();
 
     std::atomic<int32_t> linkCheckCount{0};
     std::atomic<bool> running{false};
@@ -91,7 +121,13 @@ public:
     PeriodicWorker inputRefreshWorker;
     PeriodicWorker writerWorker;
 
+    const platform::Platform& seam;
+    std::atomic<const platform::SimConnectApi*> simApi{nullptr};
     std::atomic<void*> simHandle{nullptr};
+    // Held by every SimConnect call, so closing waits for a call in progress and no call is ever
+    // made on a closed handle. Recursive: message handling runs inside CallDispatch and calls in.
+    std::recursive_mutex simMutex;
+    TimePoint dispatchNow{};  // dispatch thread only: the pass time seen by message handling
 
     // Received values, written by the dispatch thread and read elsewhere without a lock.
     std::unique_ptr<std::atomic<double>[]> digitOutValues;
@@ -114,7 +150,18 @@ public:
     std::atomic<int32_t> rerequestPending{0};
     TimePoint rerequestTime{};
 
+    // Write paths; the three mutexes are never held together.
+    std::mutex queueMutex;
+    WriteQueue writeQueue;
+    std::mutex latestMutex;
+    LatestWrites latestWrites;
+    std::mutex heldMutex;
+    // Depends only on constant tables: built at construction, so no worker ever sees it change.
+    const std::unordered_set<uint32_t> heldDefinitions = buildHeldDefinitions();
+    std::unordered_map<uint32_t, PendingWrite> heldWrites;
     std::atomic<uint64_t> droppedWrites{0};
+    TimePoint lastLatestFlush{};  // writer thread only
+    TimePoint lastHeldFlush{};    // writer thread only
 
     DigitOutProc digitOutProc;
     DisplayProc displayProc;
@@ -126,8 +173,21 @@ public:
     InputState input;
     OutputState output;
 
-private:
+  private:
+    // At process exit on Windows the workers are already gone: let go of them without joining.
+    void abandonWorkers();
     void resetLiveness(TimePoint now);
+    void requestKeepAlive();
+    void reconnect();
+    void stallCheck(TimePoint now);
+    void closeConnection();
+    void requestBlocks(const platform::SimConnectApi& api, void* handle);
+    void onEvent(helmbridge::simconnect::DWORD eventId, helmbridge::simconnect::DWORD value,
+                 TimePoint now);
+    void onSimObjectData(const helmbridge::simconnect::SIMCONNECT_RECV* message,
+                         helmbridge::simconnect::DWORD size, TimePoint now);
+    void clockReset(TimePoint now);
+    void clockReading(double value, TimePoint now);
 };
 
 }  // namespace fenixA320

@@ -101,11 +101,25 @@ using GetSigListFn = bool (*)(SigList&);
 
 // The exported names, in declaration order.
 inline constexpr const char* kExportNames[] = {
-    "Start",           "Stop",           "UpdateOutput",      "GetConnectStatus",
-    "SetDigitIn",      "SetEncoder",     "SetAnalog",         "SetDigitOutProc",
-    "SetDisplayProc",  "SetServoProc",   "SetServoSpeedProc", "SetPwmProc",
-    "GetDigitInSigList", "GetEncoderSigList", "GetAnalogSigList", "GetDigitOutSigList",
-    "GetDisplaySigList", "GetServoSigList", "GetPwmSigList",
+    "Start",
+    "Stop",
+    "UpdateOutput",
+    "GetConnectStatus",
+    "SetDigitIn",
+    "SetEncoder",
+    "SetAnalog",
+    "SetDigitOutProc",
+    "SetDisplayProc",
+    "SetServoProc",
+    "SetServoSpeedProc",
+    "SetPwmProc",
+    "GetDigitInSigList",
+    "GetEncoderSigList",
+    "GetAnalogSigList",
+    "GetDigitOutSigList",
+    "GetDisplaySigList",
+    "GetServoSigList",
+    "GetPwmSigList",
 };
 
 }  // namespace helmbridge

@@ -85,7 +85,8 @@ TEST(PeriodicWorkerLoop, WorkerWhoseFlagIsFalseOnEntryRunsNoPass) {
     PeriodicWorker worker;
     worker.keepRunning = false;
     int passes = 0;
-    runPeriodic(worker, Pacing::FixedRate, [&](TimePoint) { ++passes; }, FakeClock::loopClock);
+    runPeriodic(
+        worker, Pacing::FixedRate, [&](TimePoint) { ++passes; }, FakeClock::loopClock);
     EXPECT_EQ(passes, 0);
 }
 
@@ -111,9 +112,8 @@ TEST(PeriodicWorkerThread, StopJoinsAndLeavesTheWorkerRestartable) {
     std::atomic<int> passes{0};
     for (int round = 0; round < 2; ++round) {
         const int before = passes.load();
-        worker.StartWorker([&] {
-            runPeriodic(worker, Pacing::FixedPause, [&](TimePoint) { ++passes; });
-        });
+        worker.StartWorker(
+            [&] { runPeriodic(worker, Pacing::FixedPause, [&](TimePoint) { ++passes; }); });
         const auto deadline = SteadyClock::now() + std::chrono::seconds(30);
         while (passes.load() < before + 3 && SteadyClock::now() < deadline) {
             std::this_thread::yield();

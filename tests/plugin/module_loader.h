@@ -28,7 +28,7 @@ inline std::string programDirectory() {
 }
 
 class LoadedModule {
-public:
+  public:
     explicit LoadedModule(const std::string& path) {
 #if defined(_WIN32)
         handle_ = LoadLibraryA(path.c_str());
@@ -63,7 +63,7 @@ public:
         handle_ = nullptr;
     }
 
-private:
+  private:
     void* handle_ = nullptr;
 };
 

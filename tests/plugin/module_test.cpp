@@ -10,10 +10,12 @@ namespace {
 using helmbridge::SigList;
 using helmbridge::testing::LoadedModule;
 
-std::string modulePath() { return helmbridge::testing::programDirectory() + HELMBRIDGE_MODULE_FILE; }
+std::string modulePath() {
+    return helmbridge::testing::programDirectory() + HELMBRIDGE_MODULE_FILE;
+}
 
 class ModuleTest : public ::testing::Test {
-protected:
+  protected:
     LoadedModule module{modulePath()};
 };
 

@@ -1,0 +1,17 @@
+// Windows entry point of the module: it only notes a process exit, the core does the rest.
+#if defined(_WIN32)
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#include <windows.h>
+
+#include "platform/module_lifetime.h"
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved) {
+    // A non-null reserved pointer on detach means the process is terminating, not FreeLibrary.
+    if (reason == DLL_PROCESS_DETACH && reserved != nullptr) {
+        helmbridge::platform::noteProcessExit();
+    }
+    return TRUE;
+}
+#endif

@@ -1,0 +1,481 @@
+// The simulator connection against the stand-in: search, open, keep-alive, registration,
+// message handling and the stall watchdog, driven with synthetic time.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "catalogue/bindings.h"
+#include "catalogue/signal_lists.h"
+#include "core/core.h"
+#include "simulator/standin_control.h"
+
+namespace fenixA320 {
+namespace {
+
+namespace sc = helmbridge::simconnect;
+namespace standin = helmbridge::standin;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+struct FakeSystem {
+    static inline platform::ProbeResult probe = platform::ProbeResult::kNotFound;
+    static inline bool configFile = false;
+    static inline std::vector<std::string> debugLines;
+};
+
+const platform::Platform kTestPlatform{
+    &platform::bindSimConnect,
+    [] { return FakeSystem::probe; },
+    [] { return FakeSystem::configFile; },
+    [](const char* text) { FakeSystem::debugLines.emplace_back(text); },
+};
+
+TimePoint at(double secondsSinceStart) {
+    return TimePoint{} + seconds(1000) +
+           std::chrono::duration_cast<Nanos>(std::chrono::duration<double>(secondsSinceStart));
+}
+
+class Connection : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        standinReset();
+        FakeSystem::probe = platform::ProbeResult::kNotFound;
+        FakeSystem::configFile = false;
+        FakeSystem::debugLines.clear();
+        core.BuildInputLogic();
+        core.linkCheckCount = 10;  // as Start leaves it
+    }
+
+    // One connection-loop pass at second `s`, then the messages waiting for the module.
+    void tick(double s) {
+        core.connectPass(at(s));
+        core.dispatchPass(at(s));
+    }
+
+    // Opens, lets the OPEN message register everything, and forgets the calls so far.
+    void openConnection() {
+        FakeSystem::probe = platform::ProbeResult::kFound;
+        tick(0);
+        ASSERT_TRUE(core.connected);
+        standinClearCalls();
+    }
+
+    static std::vector<int32_t> functions() {
+        std::vector<int32_t> out;
+        for (const auto& call : standin::calls()) out.push_back(call.function);
+        return out;
+    }
+
+    FenixA320Core core{kTestPlatform};
+};
+
+TEST_F(Connection, WithoutSimulatorTriesRightAwayThenEveryFiveSecondsWithoutOpening) {
+    for (int s = 0; s < 11; ++s) tick(s);
+    std::vector<int> closes;
+    std::vector<int> keepAlives;
+    int second = 0;
+    const auto calls = standin::calls();
+    // Passes 0, 5 and 10 close the null handle; 3, 4, 8 and 9 send keep-alives on it.
+    for (const auto& call : calls) {
+        EXPECT_EQ(call.handle, nullptr);
+        if (call.function == kStandinClose) closes.push_back(second);
+        if (call.function == kStandinRequestSystemState) keepAlives.push_back(second);
+        if (call.function == kStandinClose) second += 5;
+    }
+    EXPECT_EQ(closes.size(), 3u);
+    EXPECT_EQ(keepAlives.size(), 4u);
+    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
+    EXPECT_FALSE(core.connected);
+    EXPECT_EQ(standin::counters().misuseCalls, 0u);
+}
+
+TEST_F(Connection, ConfigFileAloneOpensAndFailedOpensRetryEveryFiveSeconds) {
+    FakeSystem::configFile = true;
+    standinSetOpenResult(static_cast<int32_t>(0x80004005));
+    for (int s = 0; s < 11; ++s) tick(s);
+    EXPECT_EQ(standin::calls(kStandinOpen).size(), 3u);
+    EXPECT_FALSE(core.connected);
+    EXPECT_EQ(core.simHandle.load(), nullptr);
+    standinSetOpenResult(0);
+    for (int s = 11; s < 16; ++s) tick(s);
+    EXPECT_TRUE(core.connected);
+    ASSERT_EQ(standin::calls(kStandinOpen).size(), 4u);
+    const auto open = standin::calls(kStandinOpen).back();
+    EXPECT_STREQ(open.name, "HelmBridge");
+    EXPECT_EQ(open.window, nullptr);
+    EXPECT_EQ(open.userEvent, 0u);
+    EXPECT_EQ(open.eventHandle, nullptr);
+    EXPECT_EQ(open.configIndex, 0u);
+}
+
+TEST_F(Connection, SnapshotFailureStillOpens) {
+    FakeSystem::probe = platform::ProbeResult::kSnapshotFailed;
+    tick(0);
+    EXPECT_TRUE(core.connected);
+}
+
+TEST_F(Connection, OpenRegistersEverythingInOrder) {
+    FakeSystem::probe = platform::ProbeResult::kFound;
+    tick(0);
+    ASSERT_TRUE(core.connected);
+
+    // Definitions in declaration order, then blocks, title and clock.
+    std::vector<uint32_t> expected;
+    for (const auto* table :
+         {&digitInBindings(), &switchVarBindings(), &analogBindings(), &encoderBindings()}) {
+        for (const VarBinding& row : *table)
+            expected.push_back(static_cast<uint32_t>(row.defineId));
+    }
+    for (uint32_t id : {DEF_CDU_KEYS, DEF_FCU_KEYS, DEF_ASP_KEYS, DEF_RMP_KEYS, DEF_ATC_KEYS,
+                        DEF_DIGIT_OUT, DEF_DISPLAY, DEF_TITLE, DEF_CLOCK}) {
+        expected.push_back(id);
+    }
+    EXPECT_EQ(standin::definitionIds(), expected);
+
+    const std::pair<uint32_t, const std::vector<GroupKey>*> groups[] = {
+        {DEF_CDU_KEYS, &cduKeyGroup()},
+        {DEF_FCU_KEYS, &fcuKeyGroup()},
+        {DEF_ASP_KEYS, &aspKeyGroup()},
+        {DEF_RMP_KEYS, &rmpKeyGroup()},
+        {DEF_ATC_KEYS, &atcKeyGroup()}};
+    for (const auto& [defineId, keys] : groups) {
+        const auto datums = standin::datums(defineId);
+        ASSERT_EQ(datums.size(), keys->size()) << defineId;
+        for (std::size_t i = 0; i < datums.size(); ++i) {
+            EXPECT_EQ(std::string(datums[i].name), "L:" + std::string((*keys)[i].variable));
+        }
+    }
+    const auto digitOut = standin::datums(DEF_DIGIT_OUT);
+    ASSERT_EQ(digitOut.size(), digitOutSigList().size());
+    EXPECT_STREQ(digitOut[0].name, "L:S_DCDU1_LSK1L");
+    std::size_t slot = 0;
+    for (const auto& [id, entry] : digitOutSigList()) {
+        if (id != 0) {
+            EXPECT_EQ(std::string(digitOut[slot].name), "L:" + entry.first) << id;
+        }
+        EXPECT_STREQ(digitOut[slot].unit, "number");
+        EXPECT_EQ(digitOut[slot].type, sc::SIMCONNECT_DATATYPE_FLOAT64);
+        EXPECT_EQ(digitOut[slot].epsilon, 0.0f);
+        EXPECT_EQ(digitOut[slot].datumId, sc::SIMCONNECT_UNUSED);
+        ++slot;
+    }
+    EXPECT_EQ(standin::datums(DEF_DISPLAY).size(), displaySigList().size());
+    const auto title = standin::datums(DEF_TITLE);
+    ASSERT_EQ(title.size(), 1u);
+    EXPECT_STREQ(title[0].name, "TITLE");
+    EXPECT_EQ(title[0].type, sc::SIMCONNECT_DATATYPE_STRING256);
+    const auto clock = standin::datums(DEF_CLOCK);
+    ASSERT_EQ(clock.size(), 1u);
+    EXPECT_STREQ(clock[0].name, "L:N_MIP_CLOCK_UTC");
+
+    // Requests 1 then 0 per frame, 4 and 5 per second; subscriptions 9001..9005.
+    std::vector<std::pair<uint32_t, int32_t>> requests;
+    for (const auto& call : standin::calls(kStandinRequestDataOnSimObject)) {
+        requests.emplace_back(call.id, call.period);
+        EXPECT_EQ(call.objectId, 0u);
+        EXPECT_EQ(call.flags, 0u);
+        EXPECT_EQ(call.origin + call.interval + call.limit, 0u);
+    }
+    EXPECT_EQ(requests,
+              (std::vector<std::pair<uint32_t, int32_t>>{{1, sc::SIMCONNECT_PERIOD_SIM_FRAME},
+                                                         {0, sc::SIMCONNECT_PERIOD_SIM_FRAME},
+                                                         {4, sc::SIMCONNECT_PERIOD_SECOND},
+                                                         {5, sc::SIMCONNECT_PERIOD_SECOND}}));
+    std::vector<std::string> events;
+    for (const auto& call : standin::calls(kStandinSubscribeToSystemEvent)) {
+        events.push_back(std::to_string(call.id) + " " + call.name);
+    }
+    EXPECT_EQ(events, (std::vector<std::string>{"9001 FlightLoaded", "9002 AircraftLoaded",
+                                                "9003 Pause", "9004 Sim", "9005 Crashed"}));
+}
+
+TEST_F(Connection, KeepAliveEveryThreeSecondsAndReconnectFiveSecondsAfterLastAnswer) {
+    openConnection();
+    for (int s = 1; s <= 9; ++s) tick(s);
+    std::vector<int32_t> keepAliveCalls;
+    for (const auto& call : standin::calls(kStandinRequestSystemState)) {
+        EXPECT_STREQ(call.name, "Sim");
+        EXPECT_EQ(call.id, 3u);
+        keepAliveCalls.push_back(1);
+    }
+    EXPECT_EQ(keepAliveCalls.size(), 3u);  // seconds 3, 6, 9
+    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
+
+    standinSetKeepAliveAnswers(0);  // the answer to second 9's request never comes
+    for (int s = 10; s <= 13; ++s) tick(s);
+    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
+    tick(14);  // five passes after the last answer (second 9)
+    EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
+    EXPECT_TRUE(core.connected);
+    EXPECT_EQ(standin::counters().misuseCalls, 0u);
+}
+
+TEST_F(Connection, QuitUnregistersInOrderAndReconnectsWithoutHostAction) {
+    openConnection();
+    standinQuit();
+    core.dispatchPass(at(0.5));
+    const auto clears = standin::calls(kStandinClearDataDefinition);
+    const std::size_t perVariable = digitInBindings().size() + switchVarBindings().size() +
+                                    analogBindings().size() + encoderBindings().size();
+    ASSERT_EQ(clears.size(), perVariable + 9);
+    EXPECT_EQ(clears[0].id, static_cast<uint32_t>(digitInBindings()[0].defineId));
+    std::vector<uint32_t> tail;
+    for (std::size_t i = perVariable; i < clears.size(); ++i) tail.push_back(clears[i].id);
+    EXPECT_EQ(tail, (std::vector<uint32_t>{3001, 3002, 3000, 3003, 3004, 3005, 3006, 3008, 3009}));
+    std::vector<uint32_t> unsubscribed;
+    for (const auto& call : standin::calls(kStandinUnsubscribeFromSystemEvent)) {
+        unsubscribed.push_back(call.id);
+    }
+    EXPECT_EQ(unsubscribed, (std::vector<uint32_t>{9001, 9002, 9003, 9004, 9005}));
+    EXPECT_TRUE(core.connected);  // until the keep-alive notices
+
+    for (int s = 1; s <= 5; ++s) tick(s);
+    EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
+    EXPECT_EQ(standin::counters().misuseCalls, 0u);
+}
+
+TEST_F(Connection, FramesFillTheValueArraysByPosition) {
+    openConnection();
+    const auto& digitOut = digitOutSigList();
+    if (digitOut.size() < 501) GTEST_SKIP() << "digital-output list incomplete";
+    // Every digital output variable gets a value derived from its position; the synthesized
+    // outputs 496..501 share B_FCU_POWER with output 485.
+    std::size_t slot = 0;
+    for (const auto& [id, entry] : digitOut) {
+        if (id != 0) standinSetLVar(entry.first.c_str(), 1000.0 + static_cast<double>(slot));
+        ++slot;
+    }
+    standinSetLVar("B_FCU_POWER", 7.0);
+    standinRunFrames(1);
+    core.dispatchPass(at(0.1));
+    // Entry 0 is declared with the placeholder variable, which output 470 uses too.
+    EXPECT_EQ(core.digitOutValues[0].load(), 1470.0);
+    EXPECT_EQ(core.digitOutValues[470].load(), 1470.0);
+    EXPECT_EQ(core.digitOutValues[1].load(), 1001.0);
+    EXPECT_EQ(core.digitOutValues[484].load(), 1484.0);
+    EXPECT_EQ(core.digitOutValues[485].load(), 7.0);
+    EXPECT_EQ(core.digitOutValues[494].load(), 1494.0);
+    for (std::size_t s = 495; s <= 500; ++s) EXPECT_EQ(core.digitOutValues[s].load(), 7.0) << s;
+    EXPECT_EQ(core.digitOutValues[501].load(), 0.0);  // never written
+}
+
+// A hand-made data message for the read-block size rules.
+std::vector<unsigned char> dataMessage(uint32_t requestId, std::size_t payloadBytes, double fill) {
+    std::vector<unsigned char> bytes(sc::kSimObjectDataHeaderSize + payloadBytes);
+    sc::SIMCONNECT_RECV_SIMOBJECT_DATA header{};
+    header.dwSize = static_cast<sc::DWORD>(bytes.size());
+    header.dwID = sc::SIMCONNECT_RECV_ID_SIMOBJECT_DATA;
+    header.dwRequestID = requestId;
+    std::memcpy(bytes.data(), &header, sc::kSimObjectDataHeaderSize);
+    for (std::size_t i = 0; i + 8 <= payloadBytes; i += 8) {
+        std::memcpy(bytes.data() + sc::kSimObjectDataHeaderSize + i, &fill, 8);
+    }
+    return bytes;
+}
+
+void deliver(FenixA320Core& core, const std::vector<unsigned char>& bytes, TimePoint now) {
+    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(bytes.data()),
+                          static_cast<sc::DWORD>(bytes.size()), now);
+}
+
+TEST_F(Connection, ReadBlockOneByteShortChangesNothing) {
+    const std::size_t n = displaySigList().size();
+    auto shortBlock = dataMessage(1, 8 * n - 1, 5.0);
+    deliver(core, shortBlock, at(0));
+    EXPECT_EQ(core.displayValues[0].load(), 0.0);
+    deliver(core, dataMessage(1, 8 * n, 5.0), at(0));
+    EXPECT_EQ(core.displayValues[0].load(), 5.0);
+    EXPECT_EQ(core.displayValues[n - 1].load(), 5.0);
+}
+
+TEST_F(Connection, ShortOrOddMessagesAreIgnored) {
+    const unsigned char garbage[8] = {0xff, 0xff, 0xff, 0xff, 8, 0, 0, 0};
+    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(garbage), 8, at(0));
+    core.handleSimMessage(nullptr, 0, at(0));
+    // An EVENT one byte shorter than its structure must not pause anything.
+    sc::SIMCONNECT_RECV_EVENT pause{};
+    pause.dwSize = sizeof(pause) - 1;
+    pause.dwID = sc::SIMCONNECT_RECV_ID_EVENT;
+    pause.uEventID = 9003;
+    pause.dwData = 1;
+    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&pause), sizeof(pause) - 1,
+                          at(0));
+    EXPECT_FALSE(core.simPaused);
+    // A clock block shorter than 48 bytes is no reading.
+    deliver(core, dataMessage(5, 7, 100.0), at(0));
+    EXPECT_FALSE(core.clockSeen);
+    deliver(core, dataMessage(5, 8, 100.0), at(0));
+    EXPECT_TRUE(core.clockSeen);
+}
+
+TEST_F(Connection, ClockRiseLogic) {
+    const auto reading = [&](double v) { deliver(core, dataMessage(5, 8, v), at(0)); };
+    reading(100);
+    EXPECT_FALSE(core.clockAdvancing);
+    reading(101);
+    EXPECT_TRUE(core.clockAdvancing);  // the first reading after a reset counts as a rise
+    reading(101);
+    EXPECT_FALSE(core.clockAdvancing);
+    reading(102);
+    reading(103);
+    EXPECT_TRUE(core.clockAdvancing);
+    reading(0.4);
+    EXPECT_FALSE(core.clockAdvancing);
+    EXPECT_EQ(core.lastClockValue, 0.4);
+    EXPECT_EQ(core.acceptedClock, 103.0);
+    reading(200);  // a jump of more than 60 is not accepted
+    EXPECT_EQ(core.acceptedClock, 103.0);
+    reading(50);  // nor a step back
+    EXPECT_EQ(core.acceptedClock, 103.0);
+}
+
+class StallWatchdog : public Connection {
+  protected:
+    void SetUp() override {
+        Connection::SetUp();
+        openConnection();
+        clockAt(0, 100.0);
+    }
+    void clockAt(double s, double value) { deliver(core, dataMessage(5, 8, value), at(s)); }
+    std::size_t rerequests() { return standin::calls(kStandinRequestDataOnSimObject).size(); }
+    void event(uint32_t id, uint32_t value, double s) {
+        sc::SIMCONNECT_RECV_EVENT e{};
+        e.dwSize = sizeof(e);
+        e.dwID = sc::SIMCONNECT_RECV_ID_EVENT;
+        e.uEventID = id;
+        e.dwData = value;
+        core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&e), sizeof(e), at(s));
+    }
+    // Connection passes without messages, so only the watchdog can act.
+    void passes(int from, int to) {
+        for (int s = from; s <= to; ++s) {
+            core.linkCheckCount = 0;  // keep the keep-alive out of the way
+            core.connectPass(at(s));
+        }
+    }
+};
+
+TEST_F(StallWatchdog, ReRequestsAfterFiveSecondsThenReconnectsFiveSecondsLater) {
+    passes(1, 4);
+    EXPECT_EQ(rerequests(), 0u);
+    passes(5, 5);
+    EXPECT_EQ(rerequests(), 3u);  // display, digital outputs, clock
+    EXPECT_EQ(core.rerequestPending, 1);
+    passes(6, 9);
+    EXPECT_EQ(core.linkCheckCount, 1);
+    core.connectPass(at(10));
+    EXPECT_EQ(core.linkCheckCount, 5);
+    EXPECT_EQ(core.rerequestPending, 0);
+    core.connectPass(at(11));
+    EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
+}
+
+TEST_F(StallWatchdog, ReadingsRecoverThePendingReRequest) {
+    passes(1, 5);
+    ASSERT_EQ(core.rerequestPending, 1);
+    clockAt(6, 101.0);
+    passes(6, 6);
+    EXPECT_EQ(core.rerequestPending, 0);
+}
+
+TEST_F(StallWatchdog, PauseSuspendsAndResumeGrantsTenSeconds) {
+    event(9003, 1, 1);
+    passes(1, 20);
+    EXPECT_EQ(rerequests(), 0u);
+    event(9003, 0, 20);  // fresh until 30: stalled from 35
+    passes(21, 34);
+    EXPECT_EQ(rerequests(), 0u);
+    passes(35, 35);
+    EXPECT_EQ(rerequests(), 3u);
+}
+
+TEST_F(StallWatchdog, SimCrashAndLoadsGrantSixtySeconds) {
+    event(9004, 1, 0);  // fresh until 60: stalled from 65
+    passes(1, 64);
+    EXPECT_EQ(rerequests(), 0u);
+    passes(65, 65);
+    EXPECT_EQ(rerequests(), 3u);
+
+    standinClearCalls();
+    clockAt(61, 101.0);
+    event(9005, 0, 61);  // crash: clock reset
+    EXPECT_FALSE(core.clockAdvancing);
+    EXPECT_EQ(core.lastClockValue, -1.0);
+    EXPECT_EQ(core.acceptedClock, 101.0);
+    passes(62, 125);
+    EXPECT_EQ(rerequests(), 0u);
+    passes(126, 126);
+    EXPECT_EQ(rerequests(), 3u);
+
+    standinClearCalls();
+    event(9004, 0, 127);  // no user aircraft: no stall check at all
+    passes(128, 200);
+    EXPECT_EQ(rerequests(), 0u);
+}
+
+TEST_F(StallWatchdog, FlightLoadGrantsSixtySeconds) {
+    sc::SIMCONNECT_RECV_EVENT_FILENAME e{};
+    e.dwSize = sizeof(e);
+    e.dwID = sc::SIMCONNECT_RECV_ID_EVENT_FILENAME;
+    e.uEventID = 9001;
+    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&e), sizeof(e), at(3));
+    passes(1, 67);
+    EXPECT_EQ(rerequests(), 0u);
+    passes(68, 68);
+    EXPECT_EQ(rerequests(), 3u);
+}
+
+TEST_F(Connection, StallCheckNeverFiresBeforeTheFirstClockReading) {
+    openConnection();
+    for (int s = 1; s <= 30; ++s) {
+        core.linkCheckCount = 0;
+        core.connectPass(at(s));
+    }
+    EXPECT_TRUE(standin::calls(kStandinRequestDataOnSimObject).empty());
+}
+
+TEST_F(Connection, TitleDetectsTheVariantOnce) {
+    openConnection();
+    standinSetTitle("Fenix A321 Example Air");
+    standinRunSeconds(3);
+    core.dispatchPass(at(1));
+    EXPECT_EQ(core.variant.load(), 3);
+    ASSERT_EQ(FakeSystem::debugLines.size(), 1u);
+    EXPECT_EQ(FakeSystem::debugLines[0],
+              "[VariantDetector] variant=A321 title=\"Fenix A321 Example Air\"\n");
+}
+
+TEST_F(Connection, ReconnectCyclesWithConcurrentDispatchNeverTouchAClosedHandle) {
+    FakeSystem::probe = platform::ProbeResult::kFound;
+    standinStartFrameThread(200);
+    std::atomic<bool> stop{false};
+    std::thread dispatcher([&] {
+        while (!stop) core.dispatchPass(SteadyClock::now());
+    });
+    std::thread writer([&] {
+        const double value = 1.0;
+        while (!stop) {
+            core.QueueWrite(1, &value);
+            core.SetLatestWrite(2, &value, 8);
+            core.writerPass(SteadyClock::now() + seconds(1));
+        }
+    });
+    for (int cycle = 0; cycle < 300; ++cycle) {
+        core.linkCheckCount = 5;
+        core.connectPass(SteadyClock::now());
+        if (cycle % 50 == 0) standinQuit();
+    }
+    stop = true;
+    dispatcher.join();
+    writer.join();
+    standinStopFrameThread();
+    const StandinCounters counters = standin::counters();
+    EXPECT_GE(counters.opens, 300u);
+    EXPECT_EQ(counters.misuseCalls, 0u);
+}
+
+}  // namespace
+}  // namespace fenixA320

@@ -1,0 +1,80 @@
+// The three write paths and the writer pass that sends them.
+#include "core/write_paths.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace fenixA320 {
+namespace {
+
+WriteRecord record(uint32_t id) { return WriteRecord{id, 0, 8, {}}; }
+
+TEST(WriteQueue, FullQueueForgetsTheOldest) {
+    WriteQueue queue;
+    for (uint32_t i = 0; i < WriteQueue::kCapacity; ++i) EXPECT_TRUE(queue.push(record(i)));
+    EXPECT_FALSE(queue.push(record(20000)));
+    EXPECT_EQ(queue.size(), 20000u);
+    EXPECT_EQ(queue.at(0).defineId, 1u);
+    EXPECT_EQ(queue.at(19999).defineId, 20000u);
+}
+
+TEST(WriteQueue, TakesFromTheFrontInOrder) {
+    WriteQueue queue;
+    for (uint32_t i = 0; i < 25; ++i) queue.push(record(i));
+    WriteRecord batch[10];
+    ASSERT_EQ(queue.take(batch, 10), 10u);
+    EXPECT_EQ(batch[0].defineId, 0u);
+    EXPECT_EQ(batch[9].defineId, 9u);
+    ASSERT_EQ(queue.take(batch, 10), 10u);
+    ASSERT_EQ(queue.take(batch, 10), 5u);
+    EXPECT_EQ(batch[4].defineId, 24u);
+    EXPECT_EQ(queue.take(batch, 10), 0u);
+}
+
+std::vector<uint32_t> flushIds(LatestWrites& latest, std::size_t max) {
+    std::vector<uint32_t> ids;
+    latest.flush(max, [&](uint32_t id, const PendingWrite&) { ids.push_back(id); });
+    return ids;
+}
+
+TEST(LatestWrites, OnlyTheNewestBlockIsSent) {
+    LatestWrites latest;
+    const double first = 1.0, second = 2.0;
+    latest.set(7, &first, 8);
+    latest.set(7, &second, 8);
+    double sent = 0.0;
+    std::size_t calls = 0;
+    latest.flush(20, [&](uint32_t, const PendingWrite& entry) {
+        std::memcpy(&sent, entry.bytes.data(), 8);
+        ++calls;
+    });
+    EXPECT_EQ(calls, 1u);
+    EXPECT_EQ(sent, 2.0);
+    EXPECT_TRUE(flushIds(latest, 20).empty());  // clean until written again
+}
+
+TEST(LatestWrites, FlushesOldestDirtiedFirstWithoutStarvation) {
+    LatestWrites latest;
+    const double v = 0.0;
+    for (uint32_t id = 100; id > 75; --id) latest.set(id, &v, 8);  // 25 entries
+    const std::vector<uint32_t> first = flushIds(latest, 20);
+    ASSERT_EQ(first.size(), 20u);
+    EXPECT_EQ(first.front(), 100u);
+    latest.set(100, &v, 8);  // dirtied again: now behind the five that waited
+    latest.set(90, &v, 8);   // never sent yet: keeps its place? it was sent; joins the line
+    const std::vector<uint32_t> second = flushIds(latest, 20);
+    EXPECT_EQ(second, (std::vector<uint32_t>{80, 79, 78, 77, 76, 100, 90}));
+}
+
+TEST(LatestWrites, RewritingADirtyEntryKeepsItsPlace) {
+    LatestWrites latest;
+    const double v = 0.0;
+    latest.set(1, &v, 8);
+    latest.set(2, &v, 8);
+    latest.set(1, &v, 8);
+    EXPECT_EQ(flushIds(latest, 20), (std::vector<uint32_t>{1, 2}));
+}
+
+}  // namespace
+}  // namespace fenixA320
