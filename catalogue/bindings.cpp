@@ -1,7 +1,7 @@
-// The binding and key-group tables of Part 2.6, derived once from the signal lists.
+// The binding and key-group tables, derived once from the signal lists.
 //
 // Nothing here repeats a variable name of the lists: every row takes its variable from the list
-// entry of its signal. What this file states are the id ranges of the Part (which digital inputs
+// entry of its signal. What this file states are the id ranges (which digital inputs
 // have a one-variable binding, which ranges are position groups, which keys form a panel block)
 // and the two rows that write a variable other than their signal's own.
 #include "catalogue/bindings.h"
@@ -31,7 +31,7 @@ struct PositionGroup {
     std::string_view writes;
 };
 
-// The position groups in the slot order of `switchVarBindings` (Part 2.6).
+// The position groups in the slot order of `switchVarBindings`.
 constexpr auto kPositionGroups = std::to_array<PositionGroup>({
     {{22, 24}, {}},
     {{35, 43}, {}},

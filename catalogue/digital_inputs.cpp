@@ -1,4 +1,4 @@
-// Digital inputs: every contact the host can report (Part 2.2).
+// Digital inputs: every contact the host can report.
 //
 // Ids 1..959 run in the catalogue order of their switch variable names (underscore before digits
 // before letters); the positions of a multi-position switch follow each other in the order of

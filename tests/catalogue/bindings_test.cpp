@@ -1,4 +1,4 @@
-// The binding and key-group tables of Part 2.6, checked against the Part's tables and the lists.
+// The binding and key-group tables, checked against independently typed tables and the lists.
 #include "catalogue/bindings.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ std::vector<int32_t> keysOf(const std::vector<Row>& rows) {
     return keys;
 }
 
-// `switchVarBindings` as the Part tables it: slot, defineId (= key), variable, positions.
+// `switchVarBindings` typed out: slot, defineId (= key), variable, positions.
 struct SwitchRow {
     int32_t slot;
     int32_t defineId;
@@ -176,7 +176,7 @@ TEST(VariableNumbers, NumberEverySwitchVariableOnceFrom1To762) {
     EXPECT_EQ(numbers.size(), 762u);
 }
 
-TEST(VariableNumbers, ReproduceTheHeldDefinitionsOfPart14) {
+TEST(VariableNumbers, ReproduceTheHeldDefinitions) {
     const std::map<int32_t, int32_t> heldByInput{
         {449, 395}, {450, 396}, {472, 410}, {583, 479}, {605, 497}};
     std::map<int32_t, int32_t> found;
@@ -277,7 +277,7 @@ TEST(KeyGroups, MembersFollowThePartsIdRanges) {
     EXPECT_EQ(keysOf(atcKeyGroup()), idsOf({{822, 830}, {953, 953}}));
 }
 
-// The groups as the Part describes them in words, selected by name from the list.
+// The groups as the panels define them, selected by name from the list.
 TEST(KeyGroups, MembersAreThePanelsKeysByName) {
     std::vector<int32_t> cdu;
     std::vector<int32_t> asp;
@@ -349,7 +349,7 @@ TEST(Tables, EveryDigitalInputIsBoundOnceOrListedAsUnbound) {
          {&cduKeyGroup(), &fcuKeyGroup(), &aspKeyGroup(), &rmpKeyGroup(), &atcKeyGroup()}) {
         for (const GroupKey& row : *group) ++uses[row.signalId];
     }
-    // The Part's list of digital inputs in no table.
+    // The digital inputs that no table holds.
     std::set<int32_t> unbound{324, 382, 383, 963, 964};
     for (int32_t id : idsOf({{387, 397}, {401, 409}, {628, 639}, {897, 916}})) unbound.insert(id);
     for (int32_t id = 1; id <= 964; ++id) {

@@ -1,4 +1,4 @@
-// The digital-input list of Part 2.2: ids, names, numbering order and label form.
+// The digital-input list: ids, names, numbering order and label form.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ bool startsWith(const std::string& s, const std::string& prefix) {
     return s.compare(0, prefix.size(), prefix) == 0;
 }
 
-// The catalogue order of Part 2.2: character by character, underscore below digits below
+// The catalogue order: character by character, underscore below digits below
 // letters; a name sorts before every longer name it begins.
 int rank(char c) {
     if (c == '_') return 0;
@@ -47,7 +47,7 @@ std::string switchVariableOf(int32_t id) {
     return label.substr(0, label.find('.'));
 }
 
-// The position groups of Part 2.2 (ids first..last), the only runs of equal labels.
+// The position groups (ids first..last), the only runs of equal labels.
 const std::vector<std::pair<int32_t, int32_t>>& positionGroups() {
     static const std::vector<std::pair<int32_t, int32_t>> groups{
         {22, 24},   {35, 43},   {78, 80},   {91, 99},   {134, 136}, {147, 155}, {190, 192},
