@@ -1,0 +1,244 @@
+// Display texts: blanking, light-test patterns, FCU, EFIS baro, clock, rudder trim, RMP and
+// transponder formats.
+#include "output/display_format.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+namespace fenixA320 {
+namespace {
+
+namespace out = digitOutId;
+namespace disp = displayId;
+
+// Room for any text below: the longest is a full "%f" value of magnitude 1e9 (18 characters).
+constexpr std::size_t kTextRoom = 48;
+
+// The snprintf result held in `buffer`; the call sites keep their literal formats checked.
+std::string printed(const char* buffer, int length) {
+    if (length < 0) return {};
+    const auto size = static_cast<std::size_t>(length);
+    return std::string(buffer, size < kTextRoom ? size : kTextRoom - 1);
+}
+
+bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Where a number starts, read as the standard string conversions read it.
+std::string_view numberStart(std::string_view text) {
+    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    return text;
+}
+
+// The text read as an integer up to its first non-digit (35000.000000 -> 35000, -7.9 -> -7).
+int integerPart(std::string_view text) {
+    text = numberStart(text);
+    int n = 0;
+    std::from_chars(text.data(), text.data() + text.size(), n);
+    return n;
+}
+
+// The whole text read as a number.
+double number(std::string_view text) {
+    text = numberStart(text);
+    double v = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), v);
+    return v;
+}
+
+// A value read beside the text gets the same range guard, then loses its fraction.
+int truncated(double v) { return static_cast<int>(displayRange(v)); }
+
+// Halves away from zero.
+int rounded(double v) { return static_cast<int>(std::round(v)); }
+
+std::string_view testPattern(uint32_t id) {
+    switch (id) {
+        case disp::kHeading:
+        case disp::kSpeed:
+            return "8.8.8";
+        case disp::kVerticalSpeed:
+            return "8.888";
+        case disp::kAltitude:
+            return "88888";
+        case disp::kEfis1BaroHpa:
+        case disp::kEfis1BaroInch:
+        case disp::kEfis2BaroHpa:
+        case disp::kEfis2BaroInch:
+        case disp::kChrono:
+        case disp::kElapsed:
+            return "88.88";
+        case disp::kBattery1Volts:
+        case disp::kBattery2Volts:
+            return "88.8";
+        case disp::kClock:
+            return "8888888";
+        case disp::kRudderTrim:
+            return "888.8";
+        case disp::kRmp1Active:
+        case disp::kRmp1Standby:
+        case disp::kRmp2Active:
+        case disp::kRmp2Standby:
+            return "8.8.8.8.8.8";
+        default:
+            return "8888";
+    }
+}
+
+// The text before its first ".", right-aligned in three "0"-filled places; too long is blank.
+std::string headingText(std::string_view text) {
+    const std::string_view whole = text.substr(0, text.find('.'));
+    bool blank = true;
+    for (const char c : whole) blank = blank && isBlank(c);
+    if (blank) return "000";
+    if (whole.size() > 3) return {};
+    std::string result(3 - whole.size(), '0');
+    result += whole;
+    return result;
+}
+
+std::string verticalSpeedText(int n, bool fpaMode) {
+    char b[kTextRoom];
+    if (!fpaMode) return printed(b, std::snprintf(b, sizeof b, "%03doo", n / 100));
+    return printed(b, std::snprintf(b, sizeof b, "%4.01f", n / 1000.0));
+}
+
+std::string speedText(double v, bool mach) {
+    char b[kTextRoom];
+    if (!mach) return printed(b, std::snprintf(b, sizeof b, "%03d", rounded(v)));
+    return printed(b, std::snprintf(b, sizeof b, "%.02f", v / 100.0));
+}
+
+struct BaroSide {
+    uint32_t stdFlag;
+    uint32_t inchFlag;
+    uint32_t hpaValue;
+    uint32_t inchValue;
+};
+constexpr BaroSide kCaptainBaro{out::kEfis1BaroStd, out::kEfis1BaroInch, disp::kEfis1BaroHpa,
+                                disp::kEfis1BaroInch};
+constexpr BaroSide kFirstOfficerBaro{out::kEfis2BaroStd, out::kEfis2BaroInch, disp::kEfis2BaroHpa,
+                                     disp::kEfis2BaroInch};
+
+// Both displays of a side show the same text, taken from the side's flags and values.
+std::string baroText(const BaroSide& side, const OutputValues& values) {
+    if (values.isSet(side.stdFlag)) return "std";
+    char b[kTextRoom];
+    if (values.isSet(side.inchFlag)) {
+        const double inches = displayRange(values.displayValue(side.inchValue)) / 100.0;
+        return printed(b, std::snprintf(b, sizeof b, "%.02f", inches));
+    }
+    return printed(
+        b, std::snprintf(b, sizeof b, "%04d", truncated(values.displayValue(side.hpaValue))));
+}
+
+std::string chronoText(int n) {
+    if (n == -1) return {};
+    // The panel divides in single precision.
+    const float seconds = static_cast<float>(n) / 100.0f;
+    char b[kTextRoom];
+    return printed(b, std::snprintf(b, sizeof b, "%05.2f", static_cast<double>(seconds)));
+}
+
+std::string clockText(int n, const OutputValues& values) {
+    if (n == -1) return {};
+    const double mode = values.displayValue(disp::kClockMode);
+    const int c = truncated(values.displayValue(disp::kClock));
+    char b[kTextRoom];
+    if (mode == -1.0) {
+        // The clock value passes through single precision on its way.
+        const double shown = static_cast<double>(static_cast<float>(c)) / 10000.0;
+        return printed(b, std::snprintf(b, sizeof b, "%07.4f", shown));
+    }
+    if (mode == -2.0) return printed(b, std::snprintf(b, sizeof b, "%06d", c));
+    return {};
+}
+
+std::string rudderTrimText(double v) {
+    const double tenths = v / 10.0;
+    char b[kTextRoom];
+    if (tenths > 0) return printed(b, std::snprintf(b, sizeof b, "R%4.01f", tenths));
+    return printed(b, std::snprintf(b, sizeof b, "L%4.01f", std::fabs(tenths)));
+}
+
+std::string rmpText(uint32_t id, double v, const OutputValues& values) {
+    const bool captain = id == disp::kRmp1Active || id == disp::kRmp1Standby;
+    const bool standby = id == disp::kRmp1Standby || id == disp::kRmp2Standby;
+    const uint32_t dataFlag = captain ? (standby ? out::kRmp1DataStandby : out::kRmp1DataActive)
+                                      : (standby ? out::kRmp2DataStandby : out::kRmp2DataActive);
+    if (values.digit(dataFlag) == 1.0) return v == -1.0 ? std::string() : std::string(" dAtA");
+    if (v == -1.0) return {};
+
+    const auto lit = [&values](uint32_t indicator) { return values.digit(indicator) >= 1.0; };
+    char b[kTextRoom];
+    if (lit(captain ? out::kRmp1Adf : out::kRmp2Adf))
+        return printed(b, std::snprintf(b, sizeof b, "%7.01f", v / 100.0));
+    const bool course = lit(captain ? out::kRmp1Vor : out::kRmp2Vor) ||
+                        lit(captain ? out::kRmp1Ils : out::kRmp2Ils);
+    if (course && standby) return printed(b, std::snprintf(b, sizeof b, " C-%03d", rounded(v)));
+    return printed(b, std::snprintf(b, sizeof b, "%7.03f", v / 1000.0));
+}
+
+std::string transponderText(const OutputValues& values) {
+    const int digits = truncated(values.displayValue(disp::kXpdrDigits));
+    char b[kTextRoom];
+    if (digits == 4) {
+        const int code = truncated(values.displayValue(disp::kXpdr));
+        if (code < 0) return {};
+        return printed(b, std::snprintf(b, sizeof b, "%04d", code));
+    }
+    const int code = truncated(values.displayValue(disp::kXpdrStandby));
+    if (code < 0 || digits < 1 || digits > 8) return {};
+    return printed(b, std::snprintf(b, sizeof b, "%0*d", digits, code));
+}
+
+}  // namespace
+
+std::string formatDisplay(uint32_t id, std::string_view text, const OutputValues& values) {
+    // An unpowered cockpit shows nothing, not even the light test.
+    if (!values.fcuPowered()) return {};
+    if (values.annTest()) return std::string(testPattern(id));
+
+    char b[kTextRoom];
+    switch (id) {
+        case disp::kBattery1Volts:
+        case disp::kBattery2Volts:
+            return printed(b, std::snprintf(b, sizeof b, "%.1f", number(text)));
+        case disp::kHeading:
+            if (values.isSet(out::kHeadingDashed)) return "---";
+            return headingText(text);
+        case disp::kVerticalSpeed:
+            if (values.isSet(out::kVerticalSpeedDashed)) return "---";
+            return verticalSpeedText(integerPart(text), values.digit(out::kTrackFpaMode) != 0.0);
+        case disp::kSpeed:
+            if (values.isSet(out::kSpeedDashed)) return "---";
+            return speedText(number(text), values.digit(out::kSpeedMach) != 0.0);
+        case disp::kAltitude:
+            return printed(b, std::snprintf(b, sizeof b, "%05d", integerPart(text)));
+        case disp::kEfis1BaroHpa:
+        case disp::kEfis1BaroInch:
+            return baroText(kCaptainBaro, values);
+        case disp::kEfis2BaroHpa:
+        case disp::kEfis2BaroInch:
+            return baroText(kFirstOfficerBaro, values);
+        case disp::kChrono:
+        case disp::kElapsed:
+            return chronoText(integerPart(text));
+        case disp::kClock:
+            return clockText(integerPart(text), values);
+        case disp::kRudderTrim:
+            return rudderTrimText(number(text));
+        case disp::kRmp1Active:
+        case disp::kRmp1Standby:
+        case disp::kRmp2Active:
+        case disp::kRmp2Standby:
+            return rmpText(id, number(text), values);
+        case disp::kXpdr:
+            return transponderText(values);
+        default:
+            return std::string(text);
+    }
+}
+
+}  // namespace fenixA320

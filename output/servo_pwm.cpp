@@ -1,0 +1,116 @@
+// Servo positions and speed of the pitch-trim wheel, and the backlight PWM levels.
+#include "output/servo_pwm.h"
+
+#include <chrono>
+#include <cmath>
+
+namespace fenixA320 {
+
+namespace {
+constexpr double kSettleDistance = 0.02;
+constexpr int32_t kSettlePasses = 20;
+constexpr double kSettledSpeed = 1000.0;
+constexpr double kMinSpeed = 250.0;
+constexpr double kMaxSpeed = 3000.0;
+constexpr double kSpeedPerSample = 600.0;
+constexpr int32_t kPlainPositionPasses = 21;  // then one nudge check
+constexpr double kNudge = 0.05;
+constexpr double kFullLevel = 2500.0;
+}  // namespace
+
+double TrimSpeedFilter::add(double sample) {
+    if (count == kDepth) {
+        for (std::size_t i = 1; i < kDepth; ++i) samples[i - 1] = samples[i];
+        --count;
+    }
+    samples[count++] = sample;
+    double weighted = 0.0;
+    double weights = 0.0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const double weight = static_cast<double>(i + 1);
+        weighted += weight * samples[i];
+        weights += weight;
+    }
+    return weighted / weights;
+}
+
+double trimServoSpeed(ServoState& state, TimePoint now, double trim, double wheel) {
+    const bool first = state.lastServoTime == TimePoint{};
+    const auto elapsedMicros =
+        std::chrono::duration_cast<std::chrono::microseconds>(now - state.lastServoTime).count();
+    state.lastServoTime = now;
+    const double dtMs = static_cast<double>(elapsedMicros) / 1000.0;
+    const double distance = std::fabs(trim - wheel);
+
+    // The first pass, and a pass after a stall of a second or more, say nothing about speed.
+    double average = 0.0;
+    if (!first && dtMs > 1e-9 && dtMs < 1000.0) {
+        const double sample = distance / (dtMs / 1000.0);
+        // A value that is not a number would spoil five passes of the filter.
+        if (std::isfinite(sample)) average = state.trimSpeedFilter.add(sample);
+    }
+    double speed = average * kSpeedPerSample;
+    if (speed < kMinSpeed) {
+        speed = kMinSpeed;
+    } else if (speed > kMaxSpeed) {
+        speed = kMaxSpeed;
+    }
+
+    // A wheel that has sat on the trim for a while gets a fixed, moderate speed.
+    if (distance < kSettleDistance) {
+        if (state.trimSettleCount < kSettlePasses) ++state.trimSettleCount;
+        if (state.trimSettleCount >= kSettlePasses) speed = kSettledSpeed;
+    } else {
+        state.trimSettleCount = 0;
+    }
+    return speed;
+}
+
+TrimServoPosition trimServoPosition(ServoState& state, double trim, double wheel) {
+    const int32_t count = state.trimNudgeCount;
+    state.trimNudgeCount = count + 1;
+    if (count < kPlainPositionPasses) return {true, trim};
+    state.trimNudgeCount = 0;
+    // A wheel stuck short of the trim gets a push past it.
+    if (std::fabs(trim - wheel) > kNudge) return {true, trim + kNudge};
+    return {false, 0.0};
+}
+
+PwmLevels pwmLevels(const OutputValues& values, double domeSwitch) {
+    PwmLevels levels{};
+    if (!values.fcuPowered()) return levels;
+
+    const auto integral = [&values](uint32_t id) {
+        return values.displayValue(id) * 0.5 * kFullLevel;
+    };
+    const auto knob = [&values](uint32_t id) { return values.displayValue(id) * kFullLevel; };
+    // Off, dim, bright: any other position is dark.
+    const auto switched = [](double position) {
+        if (position == 1.0) return kFullLevel / 2.0;
+        if (position == 2.0) return kFullLevel;
+        return 0.0;
+    };
+
+    levels[1] = integral(displayId::kOverheadLighting);
+    levels[2] = integral(displayId::kFcuLighting);
+    levels[3] = integral(displayId::kPedestalLighting);
+    levels[4] = knob(displayId::kReadingCapt);
+    levels[5] = knob(displayId::kReadingFo);
+    levels[6] = knob(displayId::kMapLeft);
+    levels[7] = knob(displayId::kMapRight);
+    levels[8] = switched(domeSwitch);
+    levels[9] = switched(domeSwitch);
+    levels[10] = knob(displayId::kFloodMain);
+    levels[11] = knob(displayId::kFloodPedestal);
+    levels[12] = switched(values.displayValue(displayId::kConsoleFloorCapt));
+    levels[13] = switched(values.displayValue(displayId::kConsoleFloorFo));
+    levels[14] = knob(displayId::kFcuLightingText);
+    levels[15] = kFullLevel;  // RMP and ACP backlight enable
+
+    for (double& level : levels) {
+        if (level < kPwmFloor) level = 0.0;  // NaN passes
+    }
+    return levels;
+}
+
+}  // namespace fenixA320
