@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <system_error>
 
 namespace fenixA320 {
 namespace {
@@ -194,6 +195,44 @@ std::string transponderText(const OutputValues& values) {
 }
 
 }  // namespace
+
+std::string_view displayValueText(double value, ValueTextBuffer& buffer) {
+    value = displayRange(value);
+    char* const first = buffer.data();
+    char* const last = first + buffer.size();
+
+    // Whole part and millionths, rounded as printf rounds (to nearest, ties to even). The
+    // millionths are computed in double: off from the exact product by at most 1.2e-10, which
+    // decides the rounding the same way unless the product sits next to a half. Those rare
+    // cases take the general conversion.
+    const double magnitude = std::fabs(value);
+    const double whole = std::floor(magnitude);
+    const double millionths = (magnitude - whole) * 1e6;  // the subtraction is exact
+    const double below = std::floor(millionths);
+    const double rest = millionths - below;
+    if (std::fabs(rest - 0.5) < 1e-9) {
+        const auto result = std::to_chars(first, last, value, std::chars_format::fixed, 6);
+        if (result.ec != std::errc{}) return {};
+        return {first, static_cast<std::size_t>(result.ptr - first)};
+    }
+    auto wholeDigits = static_cast<uint64_t>(whole);
+    auto fraction = static_cast<uint32_t>(below) + (rest > 0.5 ? 1u : 0u);
+    if (fraction == 1'000'000u) {
+        ++wholeDigits;
+        fraction = 0;
+    }
+
+    char* out = first;
+    if (std::signbit(value)) *out++ = '-';  // printf keeps the sign of -0.0 and of tiny negatives
+    out = std::to_chars(out, last, wholeDigits).ptr;
+    *out++ = '.';
+    for (int place = 5; place >= 0; --place) {
+        out[place] = static_cast<char>('0' + fraction % 10);
+        fraction /= 10;
+    }
+    out += 6;
+    return {first, static_cast<std::size_t>(out - first)};
+}
 
 std::string formatDisplay(uint32_t id, std::string_view text, const OutputValues& values) {
     // An unpowered cockpit shows nothing, not even the light test.

@@ -2,6 +2,7 @@
 // transponder formats.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -9,6 +10,13 @@
 #include "output/output_values.h"
 
 namespace fenixA320 {
+
+// Room for the value text of any display value: at most 18 characters after the range guard.
+using ValueTextBuffer = std::array<char, 32>;
+
+// The value text of a received display value: the range guard, then fixed notation with six
+// decimals, character for character what "%f" gives, at a fraction of printf's cost.
+std::string_view displayValueText(double value, ValueTextBuffer& buffer);
 
 // Text shown on display `id`, given its value text (the "%f" rendering of its value after the
 // range guard) and the received values that steer the formats. No state, no side effects.

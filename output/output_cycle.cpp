@@ -1,6 +1,5 @@
 // The output cycle: lamps, displays and backlight levels handed to the host's callbacks, and
 // the servo pass.
-#include <cstdio>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -82,11 +81,9 @@ void FenixA320Core::updateDisplayOut() {
     if (!displayProc) return;
     const OutputValues values = valuesOf(*this);
     for (const CycleEntry& entry : displayCycle()) {
-        const double value =
-            displayRange(displayValues[entry.slot].load(std::memory_order_relaxed));
-        char buffer[32];  // "%f" of a magnitude up to 1e9 takes at most 18 characters
-        const int length = std::snprintf(buffer, sizeof buffer, "%f", value);
-        const std::string_view text(buffer, length > 0 ? static_cast<std::size_t>(length) : 0);
+        ValueTextBuffer buffer;
+        const std::string_view text =
+            displayValueText(displayValues[entry.slot].load(std::memory_order_relaxed), buffer);
         try {
             callHost(displayProc, entry.id, formatDisplay(entry.id, text, values));
         } catch (...) {  // out of memory for the text: skip this display

@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <initializer_list>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "tests/output/value_tables.h"
 
@@ -77,6 +80,25 @@ TEST_F(DisplayFormat, LightTestShowsEachDisplaysPatternBeforeAnyOtherRule) {
     for (const double annLight : {1.0, 2.0000001}) {
         tables.setDigit(out::kAnnLight, annLight);
         expectTexts({{46, 100, "00100"}});
+    }
+}
+
+TEST(DisplayValueText, MatchesPrintfFixedNotation) {
+    std::vector<double> values = {
+        0.0,       -0.0,      -1e-9,    250.0,   -1.5, 0.0078125, 2.5e-7,
+        0.0000005, 1.0000005, 123.4565, 1.0 / 3, 1e9,  -1e9,      999999999.9999995};
+    std::mt19937_64 rng(20240611);
+    for (int i = 0; i < 2000; ++i) {
+        const auto micro =
+            static_cast<int64_t>(rng() % 2'000'000'000'000'000) - 1'000'000'000'000'000;
+        values.push_back(static_cast<double>(micro) / 1e6);
+        values.push_back(static_cast<double>(micro % 100'000'000) / 128.0);  // exact ties
+    }
+    for (const double v : values) {
+        char expected[32];
+        std::snprintf(expected, sizeof expected, "%f", v);
+        ValueTextBuffer buffer;
+        ASSERT_EQ(displayValueText(v, buffer), expected) << v;
     }
 }
 
