@@ -13,7 +13,7 @@ namespace {
 namespace out = digitOutId;
 namespace disp = displayId;
 
-// Room for any text below: the longest is a full "%f" value of magnitude 1e9 (18 characters).
+// Room for any text below: values within 1e9 keep every format under 20 characters.
 constexpr std::size_t kTextRoom = 48;
 
 // The snprintf result held in `buffer`; the call sites keep their literal formats checked.
@@ -40,12 +40,12 @@ int integerPart(std::string_view text) {
     return n;
 }
 
-// The whole text read as a number.
+// The whole text read as a number, within the display range like the value it came from.
 double number(std::string_view text) {
     text = numberStart(text);
     double v = 0.0;
     std::from_chars(text.data(), text.data() + text.size(), v);
-    return v;
+    return displayRange(v);
 }
 
 // A value read beside the text gets the same range guard, then loses its fraction.

@@ -121,6 +121,7 @@ TEST_F(DisplayFcu, SpeedRoundsHalvesAwayFromZeroOrShowsMach) {
                  {54, 99.4, "099"},
                  {54, -0.5, "-01"},
                  {54, 1000, "1000"}});
+    EXPECT_EQ(formatDisplay(54, "1e300", tables.view()), "000");  // beyond the display range: 0
     tables.setDigit(out::kSpeedMach, 1.0);
     expectTexts({{54, 78, "0.78"}, {54, 100, "1.00"}});
 }
