@@ -29,6 +29,25 @@ for preset in "${presets[@]}"; do
     grep -q '100% tests passed' "build/$preset/ctest.log" || { echo "FAILED: $preset"; status=1; }
 done
 
+# The host tool against the built module: the signal reference in docs/ compared with the
+# module's lists.
+for preset in "${presets[@]}"; do
+    case "$preset" in
+        linux)
+            step "host tool: linux"
+            if build/linux/bin/helmbridge-host signals --format md \
+                | diff -u docs/signals.md - >build/linux/signals.diff; then
+                echo "docs/signals.md is current"
+            else
+                head -n 40 build/linux/signals.diff
+                echo "FAILED: docs/signals.md is out of date" \
+                    "(build/linux/bin/helmbridge-host signals --format md >docs/signals.md)"
+                status=1
+            fi
+            ;;
+    esac
+done
+
 step "summary"
 for preset in "${presets[@]}"; do
     printf '%-11s %s\n' "$preset" "$(grep -E 'tests passed|tests failed' "build/$preset/ctest.log" | tail -n 1)"
