@@ -101,6 +101,19 @@ class FenixA320Core {
     void initReplayMemories();
     void buildInputSide();
 
+    // Input side. SetDigitIn with the event time handed in (the key gates read it); true when
+    // one of the rules for 963, 605 or 964 took the event.
+    bool setDigitIn(int32_t id, bool state, TimePoint now);
+    // One replay pass that calls `pause` after each replayed analog value.
+    void inputReplayPass(TimePoint now, void (*pause)());
+    // Hands a digital event to the position switches; called with the input lock held.
+    void FeedSwitches(int32_t id, bool state);
+    // Callback of the position switches: writes the new position of switch variable `key`.
+    void OnSwitchPosition(int32_t key, int32_t position);
+    // The value last written for a switch variable (by definition id); 0.0 before
+    // BuildInputLogic or for an id that is none. Any thread.
+    double switchVarValue(int32_t defineId) const;
+
     // The two write operations of the input side: ordered, and latest value only.
     void QueueWrite(uint32_t defineId, const double* value);
     void SetLatestWrite(uint32_t defineId, const void* data, uint32_t size);

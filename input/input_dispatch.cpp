@@ -1,14 +1,332 @@
 // Hardware events from the host turned into aircraft-variable writes.
+#include <cmath>
+#include <functional>
+#include <map>
+
+#include "catalogue/bindings.h"
+#include "catalogue/signal_lists.h"
 #include "core/core.h"
+#include "input/input_events.h"
+#include "input/switch_table.h"
 
 namespace fenixA320 {
+namespace {
 
-void FenixA320Core::initReplayMemories() {}
-void FenixA320Core::buildInputSide() {}
-void FenixA320Core::SetDigitIn(int32_t, bool) {}
-void FenixA320Core::SetEncoder(int32_t, int32_t) {}
-void FenixA320Core::SetAnalog(int32_t, double) {}
-void FenixA320Core::rudderTrimPass(TimePoint) {}
-void FenixA320Core::inputReplayPass(TimePoint) {}
+constexpr int32_t kLandingElevationAuto = 963;  // synthesized: sets the landing elevation AUTO
+constexpr int32_t kParkingBrake = 605;
+constexpr int32_t kParkingBrakeOff = 964;  // synthesized: the lever's OFF microswitch
+constexpr int32_t kSpeedbrakeArmedInput = 472;
+constexpr int32_t kRudderTrimLeft = 469;
+constexpr int32_t kRudderTrimRight = 470;
+
+constexpr int32_t kSpeedbrakeLever = 88;
+constexpr int32_t kLandingElevation = 116;
+constexpr double kLandingElevationAutoValue = -3.0;
+constexpr std::size_t kTrimMotorPowerSlot = 471;  // B_FC_ELEVATOR_TRIM_MOTOR_POWER
+constexpr int32_t kDomeLightKey = 611;            // S_OH_INT_LT_DOME
+
+constexpr uint32_t kValueSize = sizeof(double);
+
+bool isPlaceholder(const VarBinding& row) { return row.variable == kPlaceholderVariable; }
+
+// Slot of `id` in a dense id -> slot lookup, or -1.
+int16_t slotOf(const std::vector<int16_t>& slots, int32_t id) {
+    if (id < 0 || static_cast<std::size_t>(id) >= slots.size()) return -1;
+    return slots[static_cast<std::size_t>(id)];
+}
+
+std::vector<int16_t> denseSlots(const std::vector<VarBinding>& table, std::size_t size) {
+    std::vector<int16_t> slots(size, -1);
+    for (const VarBinding& row : table) slots.at(static_cast<std::size_t>(row.key)) = row.slot;
+    return slots;
+}
+
+void writeBlock(FenixA320Core& core, const KeyBlock& block) {
+    core.SetLatestWrite(block.defineId, block.values.data(),
+                        static_cast<uint32_t>(block.values.size() * kValueSize));
+}
+
+void writeSwitchVariable(FenixA320Core& core, int16_t slot, double value) {
+    const VarBinding& row = switchVarBindings()[static_cast<std::size_t>(slot)];
+    core.SetLatestWrite(static_cast<uint32_t>(row.defineId), &value, kValueSize);
+}
+
+// Closes the flap switch contact of `detent`, as the flap lever's detents do.
+void moveFlapSwitch(FenixA320Core& core, int32_t detent) {
+    SwitchEntry& flaps = core.input.switches[static_cast<std::size_t>(core.input.flapSwitch)];
+    flaps.reported = true;
+    flaps.logic->OnContact(kFlapFirstContact + detent, true);
+    const double value = core.input.switchVarValues[static_cast<std::size_t>(flaps.varSlot)].load(
+        std::memory_order_relaxed);
+    writeSwitchVariable(core, flaps.varSlot, value);
+}
+
+void recordDigital(FenixA320Core& core, int32_t id, bool state) {
+    const auto memory = core.lastDigitIn.find(id);
+    if (memory == core.lastDigitIn.end()) return;
+    memory->second.seen = true;
+    memory->second.state = state;
+}
+
+}  // namespace
+
+void FenixA320Core::buildInputSide() {
+    InputState& in = input;
+    const TimePoint now = SteadyClock::now();
+
+    const auto indexPanel = [&in](KeyPanel panel, const std::vector<GroupKey>& group) {
+        for (const GroupKey& row : group) {
+            DigitalRoute& route = in.digitalRoutes.at(static_cast<std::size_t>(row.signalId));
+            route.panel = panel;
+            route.panelIndex = static_cast<int16_t>(row.index);
+        }
+    };
+    indexPanel(KeyPanel::Cdu, cduKeyGroup());
+    indexPanel(KeyPanel::Fcu, fcuKeyGroup());
+    indexPanel(KeyPanel::Asp, aspKeyGroup());
+    indexPanel(KeyPanel::Rmp, rmpKeyGroup());
+    indexPanel(KeyPanel::Atc, atcKeyGroup());
+
+    for (const VarBinding& row : digitInBindings()) {
+        in.digitalRoutes.at(static_cast<std::size_t>(row.key)).bindingSlot =
+            static_cast<int16_t>(row.slot);
+    }
+    in.switchVarSlots = denseSlots(switchVarBindings(), kVariableNumbers);
+    in.encoderSlots = denseSlots(encoderBindings(), kEncoderCount);
+    in.analogSlots = denseSlots(analogBindings(), kAnalogCount);
+
+    in.digitInValues.assign(digitInBindings().size(), 0.0);
+    in.switchVarCount = switchVarBindings().size();
+    in.switchVarValues = std::make_unique<std::atomic<double>[]>(in.switchVarCount);
+    for (std::size_t i = 0; i < in.switchVarCount; ++i) in.switchVarValues[i].store(0.0);
+
+    const std::function<void(int, int)> onChange = std::bind(
+        &FenixA320Core::OnSwitchPosition, this, std::placeholders::_1, std::placeholders::_2);
+    in.switches.clear();
+    in.switches.reserve(kSwitchCount);
+    for (const SwitchRow& row : switchRows()) {
+        std::map<int32_t, int32_t> positions;
+        for (int32_t i = 0; i < row.contactCount; ++i) {
+            positions.emplace(row.firstContact + i, row.positions[static_cast<std::size_t>(i)]);
+            in.digitalRoutes.at(static_cast<std::size_t>(row.firstContact + i)).switchIndex =
+                static_cast<int8_t>(in.switches.size());
+        }
+        SwitchEntry entry;
+        entry.logic = std::make_unique<PositionSwitch>(row.key, positions);
+        if (row.restsAtOne) entry.logic->setRestPosition(1);
+        entry.varSlot = slotOf(in.switchVarSlots, row.key);
+        if (row.key == kRudderTrimSwitchKey)
+            in.rudderTrimSwitch = static_cast<int>(in.switches.size());
+        if (row.key == kFlapSwitchKey) in.flapSwitch = static_cast<int>(in.switches.size());
+        in.switches.push_back(std::move(entry));
+    }
+    for (SwitchEntry& entry : in.switches) entry.logic->bind(onChange);
+
+    in.analogValues.assign(analogBindings().size(), 0.0);
+    in.encoderValues.assign(encoderBindings().size(), 0.0);
+    const auto buildPanel = [&in, now](KeyPanel panel, const std::vector<GroupKey>& group,
+                                       uint32_t defineId, bool gated) {
+        KeyBlock& block = in.panels[static_cast<std::size_t>(panel)];
+        block.defineId = defineId;
+        block.values.assign(group.size(), 0.0);
+        block.keys.clear();
+        if (!gated) return;
+        block.keys.reserve(group.size());
+        for (const GroupKey& row : group) {
+            block.keys.emplace_back(&block.values.at(static_cast<std::size_t>(row.index)),
+                                    row.signalId, now);
+        }
+    };
+    buildPanel(KeyPanel::Cdu, cduKeyGroup(), DEF_CDU_KEYS, true);
+    buildPanel(KeyPanel::Fcu, fcuKeyGroup(), DEF_FCU_KEYS, true);
+    buildPanel(KeyPanel::Asp, aspKeyGroup(), DEF_ASP_KEYS, false);
+    buildPanel(KeyPanel::Rmp, rmpKeyGroup(), DEF_RMP_KEYS, true);
+    buildPanel(KeyPanel::Atc, atcKeyGroup(), DEF_ATC_KEYS, true);
+
+    in.builtAt = now;
+    in.built.store(true);
+}
+
+void FenixA320Core::SetDigitIn(int32_t id, bool state) {
+    setDigitIn(id, state, SteadyClock::now());
+}
+
+bool FenixA320Core::setDigitIn(int32_t id, bool state, TimePoint now) {
+    if (!input.built.load(std::memory_order_acquire)) return false;
+    std::lock_guard lock(input.lock);
+    return digitInEvent(*this, id, state, now);
+}
+
+bool digitInEvent(FenixA320Core& core, int32_t id, bool state, TimePoint now) {
+    InputState& in = core.input;
+    if (id == kLandingElevationAuto && state) {
+        analogEvent(core, kLandingElevation, kLandingElevationAutoValue);
+        return true;
+    }
+    if (id == kParkingBrake || id == kParkingBrakeOff) {
+        // A release writes nothing: the lever stays where it was between its two microswitches.
+        const int16_t slot = in.digitalRoutes[kParkingBrake].bindingSlot;
+        if (state && slot >= 0) {
+            double& value = in.digitInValues[static_cast<std::size_t>(slot)];
+            value = id == kParkingBrake ? 1.0 : 0.0;
+            core.QueueWrite(
+                static_cast<uint32_t>(digitInBindings()[static_cast<std::size_t>(slot)].defineId),
+                &value);
+        }
+        recordDigital(core, id, state);
+        return true;
+    }
+    if (id < 0 || id >= kDigitInIds) return false;
+    const DigitalRoute& route = in.digitalRoutes[static_cast<std::size_t>(id)];
+
+    if (route.bindingSlot >= 0) {
+        if (id == kSpeedbrakeArmedInput && in.speedbrakeArmed != state) {
+            in.speedbrakeArmed = state;
+            analogEvent(core, kSpeedbrakeLever, in.speedbrakeLever);
+        }
+        const auto slot = static_cast<std::size_t>(route.bindingSlot);
+        in.digitInValues[slot] = state ? 1.0 : 0.0;
+        core.QueueWrite(static_cast<uint32_t>(digitInBindings()[slot].defineId),
+                        &in.digitInValues[slot]);
+    }
+
+    core.FeedSwitches(id, state);
+
+    if (route.panel != KeyPanel::None) {
+        KeyBlock& block = in.panels[static_cast<std::size_t>(route.panel)];
+        if (route.panel == KeyPanel::Asp) {
+            block.values[static_cast<std::size_t>(route.panelIndex)] = state ? 1.0 : 0.0;
+        } else {
+            block.keys[static_cast<std::size_t>(route.panelIndex)].OnKey(id, state, now);
+        }
+        // Also after a gated-out event: the block carries every key of the panel.
+        writeBlock(core, block);
+    }
+
+    recordDigital(core, id, state);
+    return false;
+}
+
+void FenixA320Core::FeedSwitches(int32_t id, bool state) {
+    // The rudder-trim switch is spring-loaded: the refresher writes its position while held.
+    if (id == kRudderTrimLeft) {
+        input.rudderTrimPosition.store(state ? 0.0 : 1.0, std::memory_order_relaxed);
+        return;
+    }
+    if (id == kRudderTrimRight) {
+        input.rudderTrimPosition.store(state ? 2.0 : 1.0, std::memory_order_relaxed);
+        return;
+    }
+    if (id < 0 || id >= kDigitInIds) return;
+    const int8_t index = input.digitalRoutes[static_cast<std::size_t>(id)].switchIndex;
+    if (index < 0 || index == input.rudderTrimSwitch) return;
+    SwitchEntry& entry = input.switches[static_cast<std::size_t>(index)];
+    entry.reported = true;
+    entry.logic->OnContact(id, state);
+}
+
+void FenixA320Core::OnSwitchPosition(int32_t key, int32_t position) {
+    const int16_t slot = slotOf(input.switchVarSlots, key);
+    if (slot < 0) return;
+    const auto value = static_cast<double>(position);
+    input.switchVarValues[static_cast<std::size_t>(slot)].store(value, std::memory_order_relaxed);
+    if (key == kDomeLightKey) output.domeLightValue.store(value, std::memory_order_relaxed);
+    writeSwitchVariable(*this, slot, value);
+}
+
+double FenixA320Core::switchVarValue(int32_t defineId) const {
+    if (!input.built.load(std::memory_order_acquire)) return 0.0;
+    const int16_t slot = slotOf(input.switchVarSlots, defineId);
+    if (slot < 0) return 0.0;
+    return input.switchVarValues[static_cast<std::size_t>(slot)].load(std::memory_order_relaxed);
+}
+
+void FenixA320Core::SetEncoder(int32_t id, int32_t direction) {
+    if (!input.built.load(std::memory_order_acquire)) return;
+    std::lock_guard lock(input.lock);
+    // Detents the simulator never saw must not move the count.
+    if (!connected.load(std::memory_order_relaxed)) return;
+    const int16_t slot = slotOf(input.encoderSlots, id);
+    if (slot < 0) return;
+    const VarBinding& row = encoderBindings()[static_cast<std::size_t>(slot)];
+    if (isPlaceholder(row)) return;  // the host's "no signal" entry
+    double& count = input.encoderValues[static_cast<std::size_t>(slot)];
+    count += direction == 1 ? 1.0 : -1.0;
+    QueueWrite(static_cast<uint32_t>(row.defineId), &count);
+}
+
+void FenixA320Core::SetAnalog(int32_t id, double value) {
+    if (!input.built.load(std::memory_order_acquire)) return;
+    std::lock_guard lock(input.lock);
+    analogEvent(*this, id, value);
+}
+
+bool analogEvent(FenixA320Core& core, int32_t id, double v) {
+    InputState& in = core.input;
+    const int16_t slotIndex = slotOf(in.analogSlots, id);
+    if (slotIndex < 0) return false;
+    const auto slot = static_cast<std::size_t>(slotIndex);
+    const AnalogRule rule = analogRule(id);
+    // A non-finite value never reaches the aircraft; the throttle rejects it by its range check.
+    if (rule != AnalogRule::Throttle && !std::isfinite(v)) return false;
+
+    const int filter = analogFilterFor(id);
+    if (filter >= 0 && !in.analogFilters[static_cast<std::size_t>(filter)].admit(id, v)) {
+        return false;
+    }
+
+    double& stored = in.analogValues[slot];
+    switch (rule) {
+        case AnalogRule::Throttle:
+            stored = throttleDetent(v);
+            break;
+        case AnalogRule::TrimWheel: {
+            const double motorPower =
+                core.digitOutValues ? core.digitOutValues[kTrimMotorPowerSlot].load() : 0.0;
+            if (motorPower != 0.0) {
+                // The motor drives the wheel: the servo loop follows the hardware instead.
+                core.output.elevatorTrimInput.store(v, std::memory_order_relaxed);
+                return true;
+            }
+            stored = trimWheelValue(v);
+            break;
+        }
+        case AnalogRule::Axis:
+            stored = axisValue(v);
+            break;
+        case AnalogRule::Speedbrake:
+            in.speedbrakeLever = v;
+            stored = speedbrakeValue(v, in.speedbrakeArmed);
+            break;
+        case AnalogRule::FlapLever: {
+            const int32_t detent = flapDetent(v, in.flapDetent);
+            in.flapDetent = detent;
+            if (detent == in.flapDetentSent) return false;
+            in.flapDetentSent = detent;
+            moveFlapSwitch(core, detent);
+            break;
+        }
+        case AnalogRule::CargoTemp:
+            stored = cargoTemperature(v);
+            break;
+        case AnalogRule::CabinTemp:
+            stored = cabinTemperature(v);
+            break;
+        case AnalogRule::Raw:
+            stored = v;
+            break;
+    }
+
+    const VarBinding& row = analogBindings()[slot];
+    // A signal without a variable of its own must not write the placeholder, a real key.
+    if (!isPlaceholder(row)) core.SetLatestWrite(static_cast<uint32_t>(row.defineId), &stored, 8);
+
+    const auto memory = core.lastAnalog.find(id);
+    if (memory != core.lastAnalog.end()) {
+        memory->second.seen = true;
+        memory->second.value = v;
+    }
+    return false;
+}
 
 }  // namespace fenixA320

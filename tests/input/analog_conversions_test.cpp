@@ -1,0 +1,86 @@
+// Conversions and dead bands of the analog inputs.
+#include "input/analog_conversions.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+namespace fenixA320 {
+namespace {
+
+TEST(ThrottleDetent, MapsTheLeverOntoZeroToFiveWithDetents) {
+    const struct {
+        double lever;
+        double expected;
+    } cases[] = {
+        {-1.0, 0.0},
+        {-0.5, 0.5 / 0.9},
+        {-0.05, 1.5},
+        {-0.04, 2.0},
+        {0.0, 2.0},
+        {0.05, 2.0},  // 2.072 snaps to the detent
+        {0.5, 0.5 / 0.69 + 2.0},
+        {0.69, 3.0},
+        {0.86, 4.0},
+        {1.0, 5.0},
+        {-0.1, 1.0},
+        {-0.04 - 1e-9, 1.6},  // the step from 1.6 to the idle band
+    };
+    for (const auto& c : cases) EXPECT_NEAR(throttleDetent(c.lever), c.expected, 1e-6) << c.lever;
+    EXPECT_NEAR(throttleDetent(0.5), 2.7246, 1e-4);
+}
+
+TEST(ThrottleDetent, RejectsValuesOutsideTheLeverRange) {
+    for (const double bad : {1.2, -1.0000001, std::numeric_limits<double>::quiet_NaN(),
+                             std::numeric_limits<double>::infinity()}) {
+        try {
+            throttleDetent(bad);
+            ADD_FAILURE() << bad << " accepted";
+        } catch (const std::out_of_range& error) {
+            EXPECT_EQ(std::string(error.what()), "Value must be in range [-1.0, 1.0]");
+        }
+    }
+}
+
+TEST(AnalogConversions, RangeEndsOfTrimSpeedbrakeAndAxes) {
+    EXPECT_EQ(trimWheelValue(-4.0), -4000.0);
+    EXPECT_EQ(trimWheelValue(13.5), 13500.0);
+    EXPECT_EQ(speedbrakeValue(0.04, false), 1.0);
+    EXPECT_EQ(speedbrakeValue(1.0, false), 3.0);
+    EXPECT_EQ(axisValue(-1.0), -1000.0);
+    EXPECT_EQ(axisValue(0.25), 250.0);
+}
+
+TEST(FlapDetent, CapturesNearDetentsAndHoldsBetweenThem) {
+    EXPECT_EQ(flapDetent(2.1, 1), 2);
+    EXPECT_EQ(flapDetent(2.6, 2), 2);   // 0.4 from 3: the last detent holds
+    EXPECT_EQ(flapDetent(2.76, 2), 3);  // within 0.25
+    EXPECT_EQ(flapDetent(-0.2, 3), 0);
+    EXPECT_EQ(flapDetent(9.0, 1), 1);
+}
+
+TEST(AnalogFilter, EachSignalHasItsDeadBand) {
+    const struct {
+        int32_t id;
+        double band;
+    } cases[] = {{116, 1.0},  {61, 0.05}, {62, 0.05},  {65, 0.01}, {106, 0.01},
+                 {117, 0.01}, {68, 0.01}, {69, 0.01},  {112, 0.5}, {115, 0.5},
+                 {114, 0.5},  {111, 0.5}, {89, 0.005}, {122, 0.5}};
+    auto filters = makeAnalogFilters();
+    for (const auto& c : cases) {
+        const int record = analogFilterFor(c.id);
+        ASSERT_GE(record, 0) << c.id;
+        AnalogFilter& filter = filters[static_cast<std::size_t>(record)];
+        EXPECT_TRUE(filter.admit(c.id, 10.0));
+        EXPECT_FALSE(filter.admit(c.id, 10.0 + c.band * 0.9)) << c.id;
+        EXPECT_TRUE(filter.admit(c.id, 10.0 + c.band * 1.1)) << c.id;
+    }
+    for (const int32_t unfiltered : {0, 60, 73, 77, 82, 88, 124, 500, -1}) {
+        EXPECT_EQ(analogFilterFor(unfiltered), -1) << unfiltered;
+    }
+}
+
+}  // namespace
+}  // namespace fenixA320
