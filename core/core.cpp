@@ -4,13 +4,35 @@
 #include <chrono>
 #include <thread>
 
+#include "catalogue/bindings.h"
+#include "catalogue/signal_lists.h"
 #include "platform/module_lifetime.h"
 
 namespace fenixA320 {
 
 using std::chrono::milliseconds;
 
-FenixA320Core::FenixA320Core(const platform::Platform& seam) : seam(seam) { initReplayMemories(); }
+namespace {
+
+// The tables are built on first use and destroyed in the reverse order of their building. Built
+// before the core, they outlive it: the exit-time Stop and the workers it stops still read them.
+void buildTables() {
+    const void* tables[] = {
+        &digitInSigList(),    &encoderSigList(),  &analogSigList(),  &digitOutSigList(),
+        &displaySigList(),    &servoSigList(),    &pwmSigList(),     &digitInBindings(),
+        &switchVarBindings(), &encoderBindings(), &analogBindings(), &cduKeyGroup(),
+        &fcuKeyGroup(),       &aspKeyGroup(),     &rmpKeyGroup(),    &atcKeyGroup(),
+    };
+    static_cast<void>(tables);
+    static_cast<void>(variableNumber({}));
+}
+
+}  // namespace
+
+FenixA320Core::FenixA320Core(const platform::Platform& seam) : seam(seam) {
+    buildTables();
+    initReplayMemories();
+}
 
 FenixA320Core::~FenixA320Core() {
     if (platform::processExiting()) {

@@ -260,7 +260,8 @@ static_assert(offsetof(SIMCONNECT_RECV_SYSTEM_STATE, szString) == 24);
 // buffer belongs to the client library and may be unaligned, so it is never read in place.
 template <typename Message>
 bool readMessage(const SIMCONNECT_RECV* received, DWORD cbData, Message& out) {
-    if (received == nullptr) return false;
+    // Only cbData bytes are there: a buffer shorter than the structure holds no dwSize either.
+    if (received == nullptr || cbData < sizeof(Message)) return false;
     DWORD size = 0;
     std::memcpy(&size, received, sizeof(size));
     if (size > cbData) size = cbData;

@@ -1,0 +1,354 @@
+// Fuzz target: the host-facing surface driven by a decoded sequence of calls against the stand-in.
+//
+// Each input runs on a fresh core connected to the stand-in. The worker passes are driven
+// directly on a synthetic clock, so an input costs no thread start or join; now and then (at
+// most once every few seconds of fuzzing, always in the replay program) an input also runs a
+// real Start and Stop with the six workers.
+//
+// The input is a sequence of operations, one selector byte each followed by its arguments:
+//   connect, lose the simulator (QUIT or crash), SetDigitIn, SetEncoder, SetAnalog (ids anywhere
+//   in 32 bits or picked from the lists, any double bit pattern), UpdateOutput, a list getter,
+//   callbacks installed, removed or throwing, worker passes after a clock step, simulator frames
+//   with fuzzed output variables, simulator events, the running flag, and a real Start/Stop.
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "catalogue/signal_lists.h"
+#include "core/core.h"
+#include "fuzz/fuzz_targets.h"
+#include "simulator/standin_control.h"
+
+namespace helmbridge::fuzz {
+
+namespace {
+
+using fenixA320::FenixA320Core;
+using fenixA320::SteadyClock;
+using fenixA320::TimePoint;
+
+// A simulator is always found, so every reconnect opens a connection to the stand-in.
+const platform::Platform kSimulatorFound{
+    &platform::bindSimConnect,
+    [] { return platform::ProbeResult::kFound; },
+    [] { return true; },
+    [](const char*) {},
+};
+
+// Reads the input front to back; past the end every read yields zeros.
+class Reader {
+  public:
+    Reader(const uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+    bool done() const { return at_ >= size_; }
+    uint8_t byte() { return at_ < size_ ? data_[at_++] : 0; }
+    template <typename T>
+    T value() {
+        unsigned char bytes[sizeof(T)] = {};
+        for (unsigned char& b : bytes) b = byte();
+        T out;
+        std::memcpy(&out, bytes, sizeof(T));
+        return out;
+    }
+    std::string text() {
+        const std::size_t length = byte() * 2u;  // up to 510: titles longer than the datum
+        std::string out;
+        for (std::size_t i = 0; i < length && !done(); ++i)
+            out.push_back(static_cast<char>(byte()));
+        return out;
+    }
+
+  private:
+    const uint8_t* data_;
+    std::size_t size_;
+    std::size_t at_ = 0;
+};
+
+// A signal id: a list's own id most of the time, else any 32-bit value.
+int32_t pickId(Reader& in, const fenixA320::SigList& list) {
+    const uint8_t how = in.byte();
+    if ((how & 3) != 0 && !list.empty()) {
+        auto it = list.begin();
+        std::advance(it, static_cast<long>(in.value<uint16_t>() % list.size()));
+        return it->first;
+    }
+    return in.value<int32_t>();
+}
+
+double pickDouble(Reader& in) {
+    static constexpr double kSpecial[] = {0.0,
+                                          -0.0,
+                                          1.0,
+                                          -1.0,
+                                          0.5,
+                                          1e308,
+                                          -1e308,
+                                          4.9e-324,
+                                          2.2250738585072014e-308,
+                                          std::numeric_limits<double>::infinity(),
+                                          -std::numeric_limits<double>::infinity(),
+                                          std::numeric_limits<double>::quiet_NaN(),
+                                          2500.0,
+                                          100.0};
+    const uint8_t how = in.byte();
+    if (how < 64) return kSpecial[how % std::size(kSpecial)];
+    if (how < 128) return static_cast<double>(in.value<int16_t>()) / 100.0;
+    return in.value<double>();
+}
+
+// The host side of the callbacks: trivial, or one that throws. The servo worker and the output
+// cycle call them on different threads.
+struct HostSink {
+    std::atomic<uint64_t> calls{0};
+    std::atomic<std::size_t> textBytes{0};
+};
+
+void installCallbacks(FenixA320Core& core, uint8_t how, HostSink& sink) {
+    const bool throwing = (how & 0x20) != 0;
+    if ((how & 1) != 0) {
+        core.SetDigitOutProc([&sink, throwing](unsigned int, bool) {
+            if (throwing) throw std::runtime_error("host");
+            ++sink.calls;
+            return true;
+        });
+    } else {
+        core.SetDigitOutProc(nullptr);
+    }
+    if ((how & 2) != 0) {
+        core.SetDisplayProc([&sink](unsigned int, std::string text) {
+            sink.textBytes += text.size();
+            return true;
+        });
+    } else {
+        core.SetDisplayProc(nullptr);
+    }
+    if ((how & 4) != 0) {
+        core.SetServoProc([&sink](unsigned int, double) { return ++sink.calls != 0; });
+    } else {
+        core.SetServoProc(nullptr);
+    }
+    if ((how & 8) != 0) {
+        core.SetServoSpeedProc([&sink](unsigned int, double) { return ++sink.calls != 0; });
+    } else {
+        core.SetServoSpeedProc(nullptr);
+    }
+    // The PWM wrapper is always installed; around an empty host function it sends nothing.
+    if ((how & 16) != 0) {
+        core.SetPwmProc([&sink, throwing](unsigned int, double) {
+            if (throwing) throw std::runtime_error("host");
+            return ++sink.calls != 0;
+        });
+    } else {
+        core.SetPwmProc(nullptr);
+    }
+}
+
+// The exports' own gating: inputs only while connected, nothing thrown across the boundary.
+void hostDigitIn(FenixA320Core& core, int32_t id, bool state) {
+    if (core.GetConnectStatus()) core.SetDigitIn(id, state);
+}
+void hostEncoder(FenixA320Core& core, int32_t id, int32_t direction) {
+    if (core.GetConnectStatus()) core.SetEncoder(id, direction);
+}
+void hostAnalog(FenixA320Core& core, int32_t id, double value) {
+    if (!core.GetConnectStatus()) return;
+    try {
+        core.SetAnalog(id, value);
+    } catch (const std::exception&) {
+    }
+}
+
+const fenixA320::SigList& listByIndex(uint8_t index) {
+    switch (index % 7) {
+        case 0:
+            return fenixA320::digitInSigList();
+        case 1:
+            return fenixA320::encoderSigList();
+        case 2:
+            return fenixA320::analogSigList();
+        case 3:
+            return fenixA320::digitOutSigList();
+        case 4:
+            return fenixA320::displaySigList();
+        case 5:
+            return fenixA320::servoSigList();
+        default:
+            return fenixA320::pwmSigList();
+    }
+}
+
+// Real workers cost a second or more per Start/Stop: allowed once every few seconds.
+bool workersAllowed() {
+    static TimePoint last{};
+    const TimePoint now = SteadyClock::now();
+    if (!alwaysRunWorkers && now - last < std::chrono::seconds(5)) return false;
+    last = now;
+    return true;
+}
+
+// Host calls while the workers run: inputs and output cycles only, as a host may make them.
+void runWithWorkers(FenixA320Core& core, Reader& in) {
+    core.Start();
+    const TimePoint until = SteadyClock::now() + std::chrono::milliseconds(300);
+    for (int i = 0; i < 64 && !in.done(); ++i) {
+        switch (in.byte() % 4) {
+            case 0:
+                hostDigitIn(core, pickId(in, fenixA320::digitInSigList()), (in.byte() & 1) != 0);
+                break;
+            case 1:
+                hostEncoder(core, pickId(in, fenixA320::encoderSigList()), in.value<int32_t>());
+                break;
+            case 2: {
+                const int32_t id = pickId(in, fenixA320::analogSigList());
+                hostAnalog(core, id, pickDouble(in));
+                break;
+            }
+            default:
+                core.UpdateOutput();
+                break;
+        }
+    }
+    while (SteadyClock::now() < until) core.UpdateOutput();
+    core.Stop();
+}
+
+void simulatorEvent(Reader& in) {
+    switch (in.byte() % 8) {
+        case 0:
+            standinSetPaused(in.byte() & 1);
+            break;
+        case 1:
+            standinSetSimRunning(in.byte() & 1);
+            break;
+        case 2:
+            standinCrash();
+            break;
+        case 3:
+            standinLoadFlight(in.text().c_str());
+            break;
+        case 4:
+            standinLoadAircraft(in.text().c_str());
+            break;
+        case 5:
+            standinSetTitle(in.text().c_str());
+            break;
+        case 6:
+            standinSetClock(pickDouble(in));
+            break;
+        default:
+            standinSetKeepAliveAnswers(in.byte() & 1);
+            break;
+    }
+}
+
+// Output variables the simulator sends back, set to fuzzed values.
+void fuzzOutputVariable(Reader& in) {
+    const auto& list =
+        (in.byte() & 1) != 0 ? fenixA320::digitOutSigList() : fenixA320::displaySigList();
+    auto it = list.begin();
+    std::advance(it, static_cast<long>(in.value<uint16_t>() % list.size()));
+    standinSetLVar(it->second.first.c_str(), pickDouble(in));
+}
+
+}  // namespace
+
+int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
+    Reader in(data, size);
+    standinReset();
+    HostSink sink;
+    auto core = std::make_unique<FenixA320Core>(kSimulatorFound);
+    core->BuildInputLogic();  // as the first Start does
+    core->inputsBuilt = true;
+    TimePoint now = SteadyClock::now();
+
+    for (int op = 0; op < 512 && !in.done(); ++op) {
+        switch (in.byte() % 16) {
+            case 0:  // the connection loop decides to (re)connect, the OPEN message registers
+                core->linkCheckCount.store(5);
+                core->connectPass(now);
+                core->dispatchPass(now);
+                break;
+            case 1:
+                if ((in.byte() & 1) != 0) {
+                    standinQuit();
+                } else {
+                    standinLoseConnections();
+                }
+                core->dispatchPass(now);
+                break;
+            case 2:
+            case 3:
+                hostDigitIn(*core, pickId(in, fenixA320::digitInSigList()), (in.byte() & 1) != 0);
+                break;
+            case 4:
+                hostEncoder(*core, pickId(in, fenixA320::encoderSigList()), in.value<int32_t>());
+                break;
+            case 5:
+            case 6: {
+                const int32_t id = pickId(in, fenixA320::analogSigList());
+                hostAnalog(*core, id, pickDouble(in));
+                break;
+            }
+            case 7:
+                core->UpdateOutput();
+                break;
+            case 8: {
+                fenixA320::SigList host{{-1, {"stale", "entry"}}};
+                host = listByIndex(in.byte());
+                sink.textBytes += host.size();
+                break;
+            }
+            case 9:
+                installCallbacks(*core, in.byte(), sink);
+                break;
+            case 10: {
+                now += std::chrono::milliseconds(in.value<uint16_t>());
+                const uint8_t which = in.byte();
+                if ((which & 1) != 0) core->writerPass(now);
+                if ((which & 2) != 0) core->servoPass(now);
+                if ((which & 4) != 0) core->rudderTrimPass(now);
+                if ((which & 8) != 0) core->inputReplayPass(now);
+                if ((which & 16) != 0) core->dispatchPass(now);
+                if ((which & 32) != 0) core->connectPass(now);
+                break;
+            }
+            case 11:
+                standinRunFrames(1 + in.byte() % 3);
+                core->dispatchPass(now);
+                break;
+            case 12:
+                fuzzOutputVariable(in);
+                break;
+            case 13:
+                simulatorEvent(in);
+                break;
+            case 14:
+                core->running.store((in.byte() & 1) != 0);
+                break;
+            default:
+                if ((in.byte() & 7) == 7 && workersAllowed()) runWithWorkers(*core, in);
+                break;
+        }
+    }
+    // Tear down without the 200 ms pause of a Stop with an open connection: the stand-in drops
+    // every connection, and the core forgets its handle before it is destroyed.
+    standinReset();
+    core->simHandle.store(nullptr);
+    core->connected.store(false);
+    core.reset();
+    return 0;
+}
+
+}  // namespace helmbridge::fuzz
+
+#if defined(HELMBRIDGE_FUZZ_ENTRY)
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+    return helmbridge::fuzz::exportSurfaceOneInput(data, size);
+}
+#endif
