@@ -29,12 +29,26 @@ for preset in "${presets[@]}"; do
     grep -q '100% tests passed' "build/$preset/ctest.log" || { echo "FAILED: $preset"; status=1; }
 done
 
-# The host tool against the built module: the signal reference in docs/ compared with the
-# module's lists.
+# Runs the demo (plain log lines, a short session) and shows its summary, or its failed checks.
+demo_smoke_test() {
+    local preset=$1
+    shift
+    if "$@" demo --plain --seconds 4 >"build/$preset/demo.log" 2>&1; then
+        tail -n 1 "build/$preset/demo.log"
+    else
+        grep -E 'FAILED|^demo:' "build/$preset/demo.log" || tail -n 20 "build/$preset/demo.log"
+        echo "FAILED: demo ($preset)"
+        status=1
+    fi
+}
+
+# The host tool against the built module: the demo as a smoke test (the Windows build under
+# Wine) and the signal reference in docs/ compared with the module's lists.
 for preset in "${presets[@]}"; do
     case "$preset" in
         linux)
             step "host tool: linux"
+            demo_smoke_test linux build/linux/bin/helmbridge-host
             if build/linux/bin/helmbridge-host signals --format md \
                 | diff -u docs/signals.md - >build/linux/signals.diff; then
                 echo "docs/signals.md is current"
@@ -44,6 +58,10 @@ for preset in "${presets[@]}"; do
                     "(build/linux/bin/helmbridge-host signals --format md >docs/signals.md)"
                 status=1
             fi
+            ;;
+        mingw)
+            step "host tool: mingw"
+            demo_smoke_test mingw "$WINE" build/mingw/bin/helmbridge-host.exe
             ;;
     esac
 done
