@@ -108,6 +108,8 @@ bool FenixA320Core::Stop() {
     clearWritePaths();
     for (auto& [id, memory] : lastDigitIn) memory.seen = false;
     for (auto& [id, memory] : lastAnalog) memory.seen = false;
+    // Selectors, like inputs, are re-asserted only once the host reports them in the next run.
+    for (SwitchEntry& entry : input.switches) entry.reported = false;
     resetLiveness(SteadyClock::now());
 
     closeConnection();

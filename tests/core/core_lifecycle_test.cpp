@@ -100,6 +100,26 @@ TEST(CoreLifecycle, RestartKeepsInputObjectsAndResetsState) {
     EXPECT_FALSE(core.running);
 }
 
+TEST(CoreLifecycle, StopForgetsWhichInputsAndSelectorsWereReported) {
+    FenixA320Core core;
+    core.BuildInputLogic();
+    core.connected = true;
+    core.simHandle = reinterpret_cast<void*>(0x1);  // no client library: nothing is called
+    core.SetDigitIn(1, true);                       // one-variable key
+    core.SetDigitIn(22, true);                      // a contact of the INT/RAD selector
+    const auto reported = [&] {
+        int count = 0;
+        for (const SwitchEntry& entry : core.input.switches) count += entry.reported ? 1 : 0;
+        return count;
+    };
+    ASSERT_EQ(reported(), 1);
+    ASSERT_TRUE(core.lastDigitIn.at(1).seen);
+    core.Stop();
+    EXPECT_EQ(reported(), 0);
+    EXPECT_FALSE(core.lastDigitIn.at(1).seen);
+    EXPECT_TRUE(core.lastDigitIn.at(1).state);  // states stay for the next run
+}
+
 TEST(CoreLifecycle, PwmWrapperFloorsLowLevels) {
     FenixA320Core core;
     std::vector<std::pair<unsigned, double>> calls;
