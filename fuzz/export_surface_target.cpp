@@ -2,7 +2,7 @@
 //
 // Each input runs on a fresh core connected to the stand-in. The worker passes are driven
 // directly on a synthetic clock, so an input costs no thread start or join; now and then (at
-// most once every few seconds of fuzzing, always in the replay program) an input also runs a
+// most once every 30 s of fuzzing, always in the replay program) an input also runs a
 // real Start and Stop with the six workers.
 //
 // The input is a sequence of operations, one selector byte each followed by its arguments:
@@ -183,11 +183,11 @@ const fenixA320::SigList& listByIndex(uint8_t index) {
     }
 }
 
-// Real workers cost a second or more per Start/Stop: allowed once every few seconds.
+// Real workers cost a second or more per Start/Stop: allowed once every 30 s of fuzzing.
 bool workersAllowed() {
     static TimePoint last{};
     const TimePoint now = SteadyClock::now();
-    if (!alwaysRunWorkers && now - last < std::chrono::seconds(5)) return false;
+    if (!alwaysRunWorkers && now - last < std::chrono::seconds(30)) return false;
     last = now;
     return true;
 }

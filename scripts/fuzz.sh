@@ -30,6 +30,8 @@ for target in "${targets[@]}"; do
     step "fuzz: $target for ${seconds}s"
     corpus="$build/corpus/$target"
     artifacts="$build/artifacts/$target"
+    # Crashes of earlier runs are gone from here: keep them in fuzz/regressions/ first.
+    rm -rf "$artifacts"
     mkdir -p "$corpus" "$artifacts"
     log="$build/$target.log"
     # Every input of export_surface opens a stand-in connection, and the stand-in keeps what it
