@@ -1,0 +1,287 @@
+// Real-time measurements of the running core against the stand-in: input-to-simulator latency,
+// the workers' idle CPU cost and an encoder burst. Prints one line per figure.
+#include <dirent.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <mutex>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "catalogue/bindings.h"
+#include "core/core.h"
+#include "simulator/standin_control.h"
+
+namespace fenixA320 {
+namespace {
+
+namespace sc = helmbridge::simconnect;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// ---- The client library with SetDataOnSimObject timed on its way into the stand-in ----------
+struct Arrival {
+    uint32_t defineId;
+    double value;
+    Clock::time_point at;
+};
+
+std::mutex arrivalsMutex;
+std::vector<Arrival> arrivals;
+std::atomic<uint32_t> watchedDefinition{0};
+sc::SetDataOnSimObjectFn realSetData = nullptr;
+
+sc::HRESULT HELMBRIDGE_SIMCONNECT_CALL timedSetData(sc::HANDLE handle, sc::DWORD defineId,
+                                                    sc::DWORD objectId, sc::DWORD flags,
+                                                    sc::DWORD arrayCount, sc::DWORD unitSize,
+                                                    void* data) {
+    const Clock::time_point now = Clock::now();
+    if (defineId == watchedDefinition.load() && unitSize == sizeof(double)) {
+        double value = 0.0;
+        std::memcpy(&value, data, sizeof(value));
+        std::lock_guard lock(arrivalsMutex);
+        arrivals.push_back({defineId, value, now});
+    }
+    return realSetData(handle, defineId, objectId, flags, arrayCount, unitSize, data);
+}
+
+const platform::SimConnectApi* timedApi() {
+    static platform::SimConnectApi api;
+    static const platform::SimConnectApi* bound = [] {
+        const platform::SimConnectApi* real = platform::bindSimConnect();
+        if (real == nullptr) return static_cast<const platform::SimConnectApi*>(nullptr);
+        api = *real;
+        realSetData = real->setDataOnSimObject;
+        api.setDataOnSimObject = &timedSetData;
+        return static_cast<const platform::SimConnectApi*>(&api);
+    }();
+    return bound;
+}
+
+const platform::Platform kBenchPlatform{
+    &timedApi,
+    [] { return platform::ProbeResult::kFound; },
+    [] { return true; },
+    [](const char*) {},
+};
+
+// ---- Helpers ---------------------------------------------------------------------------------
+template <typename Condition>
+bool waitFor(Condition condition, Clock::duration timeout) {
+    const auto until = Clock::now() + timeout;
+    while (!condition()) {
+        if (Clock::now() > until) return false;
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    return true;
+}
+
+bool connect(FenixA320Core& core) {
+    core.Start();
+    return waitFor([&] { return core.GetConnectStatus() && standinDatumCount(nullptr, 3009) == 1; },
+                   std::chrono::seconds(10));
+}
+
+double percentile(std::vector<double> values, double p) {
+    if (values.empty()) return 0.0;
+    std::sort(values.begin(), values.end());
+    const auto index = static_cast<std::size_t>(p * static_cast<double>(values.size() - 1) + 0.5);
+    return values[std::min(index, values.size() - 1)];
+}
+
+std::set<int> threadIds() {
+    std::set<int> ids;
+    if (DIR* dir = opendir("/proc/self/task")) {
+        while (const dirent* entry = readdir(dir)) {
+            if (entry->d_name[0] != '.') ids.insert(std::atoi(entry->d_name));
+        }
+        closedir(dir);
+    }
+    return ids;
+}
+
+// User plus system CPU time of one thread of this process, in seconds.
+double threadCpuSeconds(int tid) {
+    std::ifstream stat("/proc/self/task/" + std::to_string(tid) + "/stat");
+    std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+    const auto close = text.rfind(')');
+    if (close == std::string::npos) return 0.0;
+    // Fields after the command: state is field 3, utime 14 and stime 15.
+    std::vector<std::string> fields;
+    std::size_t at = close + 2;
+    while (at < text.size()) {
+        const auto space = text.find(' ', at);
+        fields.push_back(text.substr(at, space - at));
+        if (space == std::string::npos) break;
+        at = space + 1;
+    }
+    if (fields.size() < 13) return 0.0;
+    const double ticks = std::stod(fields[11]) + std::stod(fields[12]);
+    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+// ---- Measurements ----------------------------------------------------------------------------
+// From SetDigitIn returning to the SetDataOnSimObject call, over events spread in time.
+int latency(int events) {
+    FenixA320Core core(kBenchPlatform);
+    standinReset();
+    standinStartFrameThread(30);
+    if (!connect(core)) {
+        std::printf("latency: no connection\n");
+        return 1;
+    }
+    const VarBinding& row = digitInBindings().front();
+    watchedDefinition.store(static_cast<uint32_t>(row.defineId));
+    std::mt19937 random(1);
+    std::vector<double> latenciesMs;
+    int missing = 0;
+    bool state = false;
+    for (int i = 0; i < events; ++i) {
+        {
+            std::lock_guard lock(arrivalsMutex);
+            arrivals.clear();
+        }
+        state = !state;
+        core.SetDigitIn(row.key, state);
+        const Clock::time_point returned = Clock::now();
+        const bool arrived = waitFor(
+            [] {
+                std::lock_guard lock(arrivalsMutex);
+                return !arrivals.empty();
+            },
+            milliseconds(500));
+        if (!arrived) {
+            ++missing;
+            continue;
+        }
+        Clock::time_point at;
+        {
+            std::lock_guard lock(arrivalsMutex);
+            at = arrivals.front().at;
+        }
+        // A write the writer sent before SetDigitIn had returned counts as no delay.
+        const double ms =
+            std::max(0.0, std::chrono::duration<double, std::milli>(at - returned).count());
+        latenciesMs.push_back(ms);
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
+    }
+    core.Stop();
+    standinStopFrameThread();
+    const double p50 = percentile(latenciesMs, 0.50);
+    const double p99 = percentile(latenciesMs, 0.99);
+    const double worst =
+        latenciesMs.empty() ? 0.0 : *std::max_element(latenciesMs.begin(), latenciesMs.end());
+    std::printf(
+        "latency SetDigitIn(%d) -> SetDataOnSimObject(%d): %zu events, %d never arrived; "
+        "p50 %.3f ms, p99 %.3f ms, max %.3f ms; p99 / writer period (5 ms) = %.2f; "
+        "goal p99 <= 6 ms: %s\n",
+        row.key, row.defineId, latenciesMs.size(), missing, p50, p99, worst, p99 / 5.0,
+        p99 <= 6.0 && missing == 0 ? "met" : "MISSED");
+    return 0;
+}
+
+// CPU time of the six workers while connected at 30 frames per second, with no host calls.
+int idleCost(int seconds) {
+    FenixA320Core core(kBenchPlatform);
+    standinReset();
+    standinStartFrameThread(30);
+    const std::set<int> before = threadIds();
+    if (!connect(core)) {
+        std::printf("idle: no connection\n");
+        return 1;
+    }
+    std::this_thread::sleep_for(milliseconds(1500));  // past registration and the first blocks
+    std::vector<int> workers;
+    for (int id : threadIds()) {
+        if (before.count(id) == 0) workers.push_back(id);
+    }
+    double start = 0.0;
+    for (int id : workers) start += threadCpuSeconds(id);
+    const Clock::time_point wallStart = Clock::now();
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    double end = 0.0;
+    for (int id : workers) end += threadCpuSeconds(id);
+    const double wall = std::chrono::duration<double>(Clock::now() - wallStart).count();
+    core.Stop();
+    standinStopFrameThread();
+    const double share = 100.0 * (end - start) / wall;
+    std::printf(
+        "idle: %zu worker threads used %.3f s of CPU in %.1f s = %.3f %% of one core "
+        "(clock tick %ld Hz); goal < 0.5 %%: %s\n",
+        workers.size(), end - start, wall, share, sysconf(_SC_CLK_TCK),
+        share < 0.5 ? "met" : "MISSED");
+    return workers.size() == 6 ? 0 : 1;
+}
+
+// 2000 detents within one second: every count must reach the simulator, in order.
+int encoderBurst(int detents) {
+    FenixA320Core core(kBenchPlatform);
+    standinReset();
+    standinStartFrameThread(30);
+    if (!connect(core)) {
+        std::printf("burst: no connection\n");
+        return 1;
+    }
+    const int32_t encoder = 2;
+    watchedDefinition.store(DEF_ENCODER_BASE + encoder);
+    {
+        std::lock_guard lock(arrivalsMutex);
+        arrivals.clear();
+    }
+    const Clock::time_point start = Clock::now();
+    for (int i = 0; i < detents; ++i) {
+        core.SetEncoder(encoder, 1);
+        std::this_thread::sleep_until(start +
+                                      std::chrono::microseconds(1000000LL * (i + 1) / detents));
+    }
+    const double sendSeconds = std::chrono::duration<double>(Clock::now() - start).count();
+    waitFor(
+        [&] {
+            std::lock_guard lock(arrivalsMutex);
+            return arrivals.size() >= static_cast<std::size_t>(detents);
+        },
+        std::chrono::seconds(10));
+    const double lastSeconds = [&] {
+        std::lock_guard lock(arrivalsMutex);
+        return arrivals.empty() ? 0.0
+                                : std::chrono::duration<double>(arrivals.back().at - start).count();
+    }();
+    const uint64_t dropped = core.droppedWrites.load();
+    core.Stop();
+    standinStopFrameThread();
+    std::lock_guard lock(arrivalsMutex);
+    int outOfOrder = 0;
+    for (std::size_t i = 0; i < arrivals.size(); ++i) {
+        if (arrivals[i].value != static_cast<double>(i + 1)) ++outOfOrder;
+    }
+    const bool ok =
+        arrivals.size() == static_cast<std::size_t>(detents) && outOfOrder == 0 && dropped == 0;
+    std::printf(
+        "burst: %d detents sent in %.3f s; %zu delivered (%.1f %%), %d out of order, %" PRIu64
+        " dropped; last delivered %.3f s after the first detent; goal all in order: %s\n",
+        detents, sendSeconds, arrivals.size(),
+        100.0 * static_cast<double>(arrivals.size()) / detents, outOfOrder, dropped, lastSeconds,
+        ok ? "met" : "MISSED");
+    return 0;
+}
+
+}  // namespace
+}  // namespace fenixA320
+
+int main(int argc, char** argv) {
+    const int events = argc > 1 ? std::atoi(argv[1]) : 10000;
+    int status = 0;
+    status |= fenixA320::latency(events);
+    status |= fenixA320::idleCost(10);
+    status |= fenixA320::encoderBurst(2000);
+    return status;
+}
