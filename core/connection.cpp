@@ -208,12 +208,22 @@ void FenixA320Core::handleSimMessage(const sc::SIMCONNECT_RECV* message, sc::DWO
         case sc::SIMCONNECT_RECV_ID_SYSTEM_STATE: {
             sc::SIMCONNECT_RECV_SYSTEM_STATE state{};
             if (sc::readMessage(message, size, state) && state.dwRequestID == REQ_SIM_STATE) {
-                linkCheckCount.store(0);
+                keepAliveAnswered();
             }
             break;
         }
         default:
             break;
+    }
+}
+
+void FenixA320Core::keepAliveAnswered() {
+    // An answer proves the link, not the data stream: it must not cancel a reconnect that the
+    // stall check has armed. Otherwise the answer to a keep-alive sent in the arming pass resets
+    // the count, and with a keep-alive every 3 passes and a stall cycle of 6 the two can stay in
+    // step, so a stalled stream would never be rebuilt.
+    int32_t count = linkCheckCount.load();
+    while (count < kReconnectCount && !linkCheckCount.compare_exchange_weak(count, 0)) {
     }
 }
 

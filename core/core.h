@@ -193,6 +193,7 @@ class FenixA320Core {
     void requestKeepAlive();
     void reconnect();
     void stallCheck(TimePoint now);
+    void keepAliveAnswered();
     void closeConnection();
     void requestBlocks(const platform::SimConnectApi& api, void* handle);
     void onEvent(helmbridge::simconnect::DWORD eventId, helmbridge::simconnect::DWORD value,

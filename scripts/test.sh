@@ -27,6 +27,16 @@ for preset in "${presets[@]}"; do
     ctest --preset "$preset" -j "$(jobs)" 2>&1 | tee "build/$preset/ctest.log" | tail -n 25 \
         || true
     grep -q '100% tests passed' "build/$preset/ctest.log" || { echo "FAILED: $preset"; status=1; }
+    if [[ "$preset" == linux ]]; then
+        step "soak: 1 minute (linux)"
+        if env -u LD_LIBRARY_PATH build/linux/bin/helmbridge_soak --minutes 1 >build/linux/soak.log 2>&1; then
+            sed -n '/== soak summary/,$p' build/linux/soak.log
+        else
+            tail -n 40 build/linux/soak.log
+            echo "FAILED: soak"
+            status=1
+        fi
+    fi
 done
 
 # Runs the demo (plain log lines, a short session) and shows its summary, or its failed checks.

@@ -373,6 +373,20 @@ TEST_F(StallWatchdog, ReRequestsAfterFiveSecondsThenReconnectsFiveSecondsLater) 
     EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
 }
 
+// With the keep-alive answering, the reconnect armed in a pass that also sent a keep-alive must
+// survive the answer (count 3 at seconds 3, 6, 9, 12: the arming pass at 12 is one of them).
+TEST_F(Connection, StallReconnectSurvivesTheKeepAliveAnswer) {
+    openConnection();
+    core.dispatchPass(at(0));  // the "Sim" state that comes with the subscription
+    deliver(core, dataMessage(5, 8, 100.0), at(2));
+    for (int s = 1; s <= 12; ++s) tick(s);
+    EXPECT_EQ(standin::calls(kStandinRequestDataOnSimObject).size(), 3u);  // second 7
+    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
+    tick(13);
+    EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
+    EXPECT_TRUE(core.connected);
+}
+
 TEST_F(StallWatchdog, ReadingsRecoverThePendingReRequest) {
     passes(1, 5);
     ASSERT_EQ(core.rerequestPending, 1);

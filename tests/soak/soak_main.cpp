@@ -1,8 +1,10 @@
 // Fault soak: the real module, loaded as a host loads it, against the stand-in in real time, with
 // two host input threads, a 60 Hz output cycle and simulator faults at random moments.
 //
-//   helmbridge_soak [--minutes M] [--seed S]
+//   helmbridge_soak [--minutes M] [--seed S] [--fault NAME]
 //
+// --fault repeats one fault kind only (its name as the summary prints it, e.g. "QUIT"), which is
+// how a maintainer chases a fault that fails now and then.
 // The run starts with the client library missing: the module is copied to a scratch directory
 // without the stand-in, started there (a SimConnect.cfg in the current directory lets it connect
 // without a simulator process), and the stand-in is copied next to it only after a while. The
@@ -428,6 +430,7 @@ struct FaultResult {
     int failed = 0;
     double worst = 0.0;  // seconds, of the measured latency
     double bound = 0.0;  // seconds
+    double last = 0.0;   // seconds, of the latest measurement
 };
 
 enum FaultKind {
@@ -449,16 +452,16 @@ constexpr double toSeconds(Clock::duration d) { return std::chrono::duration<dou
 // Faults with a bound must end in a reconnect within it; the others must leave the connection
 // alone (bound 0).
 std::array<FaultResult, kFaultKinds> faultResults = {{
-    {"QUIT", 0, 0, 0, toSeconds(kKeepAliveBound)},
-    {"crash without QUIT", 0, 0, 0, toSeconds(kKeepAliveBound)},
-    {"keep-alive silence", 0, 0, 0, toSeconds(kKeepAliveBound)},
-    {"data stream stall", 0, 0, 0, toSeconds(kStallReconnectBound)},
-    {"clock stall", 0, 0, 0, 0},
-    {"pause and resume", 0, 0, 0, 0},
-    {"crashed event", 0, 0, 0, 0},
-    {"flight loaded", 0, 0, 0, 0},
-    {"open failures", 0, 0, 0, toSeconds(kSearchBound)},
-    {"sim stop and start", 0, 0, 0, 0},
+    {"QUIT", 0, 0, 0, toSeconds(kKeepAliveBound), 0},
+    {"crash without QUIT", 0, 0, 0, toSeconds(kKeepAliveBound), 0},
+    {"keep-alive silence", 0, 0, 0, toSeconds(kKeepAliveBound), 0},
+    {"data stream stall", 0, 0, 0, toSeconds(kStallReconnectBound), 0},
+    {"clock stall", 0, 0, 0, 0, 0},
+    {"pause and resume", 0, 0, 0, 0, 0},
+    {"crashed event", 0, 0, 0, 0, 0},
+    {"flight loaded", 0, 0, 0, 0, 0},
+    {"open failures", 0, 0, 0, toSeconds(kSearchBound), 0},
+    {"sim stop and start", 0, 0, 0, 0, 0},
 }};
 
 uint64_t opens() { return standin.snapshot().opens; }
@@ -492,6 +495,7 @@ bool expectReconnect(FaultResult& result, uint64_t opensBefore, Clock::duration 
         return false;
     }
     result.worst = std::max(result.worst, took);
+    result.last = took;
     // The new connection must be registered again before the next fault.
     waitUntil([] { return standin.datumCount(nullptr, 3009) == 1; }, seconds(5));
     return true;
@@ -538,9 +542,15 @@ void injectFault(FaultKind kind) {
                 kRerequestBound);
             const bool ok = requested && rerequest >= 0 && opens() == before;
             if (!ok) ++result.failed;
-            check(ok, "%s: no re-request within %.1f s", result.name,
-                  std::chrono::duration<double>(kRerequestBound).count());
-            if (ok) expectReconnect(result, before, kStallReconnectBound);
+            check(ok, "%s: no re-request within %.1f s (%s)", result.name,
+                  std::chrono::duration<double>(kRerequestBound).count(),
+                  !requested      ? "no clock request"
+                  : rerequest < 0 ? "timed out"
+                                  : "reconnected");
+            if (ok) {
+                expectReconnect(result, before, kStallReconnectBound);
+                note("re-request after %.2f s, reconnect %.2f s later", rerequest, result.last);
+            }
             standin.startFrameThread(30);
             break;
         }
@@ -598,10 +608,21 @@ fs::path programDirectory() {
 int main(int argc, char** argv) {
     double minutes = 10.0;
     uint32_t seed = static_cast<uint32_t>(std::random_device{}());
+    int onlyFault = -1;
     for (int i = 1; i + 1 < argc; i += 2) {
         if (std::strcmp(argv[i], "--minutes") == 0) minutes = std::atof(argv[i + 1]);
         if (std::strcmp(argv[i], "--seed") == 0)
             seed = static_cast<uint32_t>(std::atol(argv[i + 1]));
+        if (std::strcmp(argv[i], "--fault") == 0) {
+            for (int k = 0; k < kFaultKinds; ++k) {
+                if (std::strcmp(argv[i + 1], faultResults[k].name) == 0) onlyFault = k;
+            }
+            if (onlyFault < 0) {
+                std::fprintf(stderr, "unknown fault \"%s\"; the faults are:\n", argv[i + 1]);
+                for (const FaultResult& r : faultResults) std::fprintf(stderr, "  %s\n", r.name);
+                return 2;
+            }
+        }
     }
     runStart = Clock::now();
     const auto runEnd = runStart + std::chrono::duration_cast<Clock::duration>(
@@ -678,7 +699,9 @@ int main(int argc, char** argv) {
 
     std::mt19937 random(seed);
     std::vector<FaultKind> order;
-    for (int k = 0; k < kFaultKinds; ++k) order.push_back(static_cast<FaultKind>(k));
+    for (int k = 0; k < kFaultKinds; ++k) {
+        if (onlyFault < 0 || onlyFault == k) order.push_back(static_cast<FaultKind>(k));
+    }
     const double total = std::chrono::duration<double>(runEnd - runStart).count();
     const auto warmedUp = runStart + std::chrono::duration_cast<Clock::duration>(
                                          std::chrono::duration<double>(std::max(30.0, total / 4)));
