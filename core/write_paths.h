@@ -1,10 +1,10 @@
 // Containers of the three write paths: the ordered queue, latest values and held values.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <deque>
 #include <unordered_map>
 #include <vector>
 
@@ -77,11 +77,16 @@ class WriteQueue {
 };
 
 // Latest value per definition, flushed oldest-dirtied first so no entry starves behind others.
+// Each definition is in the dirty order at most once, so a ring with one slot per definition
+// ever seen holds it; the ring grows only when a new definition appears, so rewriting a known
+// definition never allocates.
 class LatestWrites {
   public:
     void set(uint32_t defineId, const void* data, uint32_t size) {
-        PendingWrite& entry = entries_[defineId];
-        if (!entry.dirty) dirtyOrder_.push_back(defineId);
+        const auto [it, added] = entries_.try_emplace(defineId);
+        if (added && entries_.size() > order_.size()) grow();
+        PendingWrite& entry = it->second;
+        if (!entry.dirty) order_[(head_ + dirty_++) % order_.size()] = defineId;
         entry.assign(data, size);
     }
 
@@ -89,9 +94,10 @@ class LatestWrites {
     template <typename Send>
     std::size_t flush(std::size_t max, Send&& send) {
         std::size_t sent = 0;
-        while (sent < max && !dirtyOrder_.empty()) {
-            const uint32_t id = dirtyOrder_.front();
-            dirtyOrder_.pop_front();
+        while (sent < max && dirty_ > 0) {
+            const uint32_t id = order_[head_];
+            head_ = (head_ + 1) % order_.size();
+            --dirty_;
             PendingWrite& entry = entries_[id];
             send(id, entry);
             entry.dirty = false;
@@ -104,15 +110,25 @@ class LatestWrites {
         const auto it = entries_.find(defineId);
         return it == entries_.end() ? nullptr : &it->second;
     }
-    std::size_t dirtyCount() const { return dirtyOrder_.size(); }
+    std::size_t dirtyCount() const { return dirty_; }
     void clear() {
         entries_.clear();
-        dirtyOrder_.clear();
+        head_ = dirty_ = 0;
     }
 
   private:
+    // Doubles the ring, keeping the dirty order.
+    void grow() {
+        std::vector<uint32_t> larger(std::max<std::size_t>(16, 2 * order_.size()));
+        for (std::size_t i = 0; i < dirty_; ++i) larger[i] = order_[(head_ + i) % order_.size()];
+        order_.swap(larger);
+        head_ = 0;
+    }
+
     std::unordered_map<uint32_t, PendingWrite> entries_;
-    std::deque<uint32_t> dirtyOrder_;
+    std::vector<uint32_t> order_;  // ring of dirty definitions, oldest at head_
+    std::size_t head_ = 0;
+    std::size_t dirty_ = 0;
 };
 
 }  // namespace fenixA320

@@ -76,5 +76,25 @@ TEST(LatestWrites, RewritingADirtyEntryKeepsItsPlace) {
     EXPECT_EQ(flushIds(latest, 20), (std::vector<uint32_t>{1, 2}));
 }
 
+// New definitions arriving while the dirty order wraps around its storage make it grow; the
+// order must come through intact.
+TEST(LatestWrites, OrderSurvivesGrowthWhileWrapped) {
+    LatestWrites latest;
+    const double v = 0.0;
+    for (uint32_t id = 0; id < 16; ++id) latest.set(id, &v, 8);
+    ASSERT_EQ(flushIds(latest, 12).size(), 12u);
+    std::vector<uint32_t> expected{12, 13, 14, 15};
+    for (uint32_t id = 0; id < 12; ++id) {  // known definitions: they wrap, no growth
+        latest.set(id, &v, 8);
+        expected.push_back(id);
+    }
+    for (uint32_t id = 100; id < 140; ++id) {  // new ones: the order grows twice
+        latest.set(id, &v, 8);
+        expected.push_back(id);
+    }
+    EXPECT_EQ(latest.dirtyCount(), expected.size());
+    EXPECT_EQ(flushIds(latest, 1000), expected);
+}
+
 }  // namespace
 }  // namespace fenixA320
