@@ -110,21 +110,13 @@ TEST(GoldenSignalLists, MatchTheCheckedInFile) {
     ASSERT_FALSE(expected.empty())
         << "cannot read " << kGoldenPath << "; HELMBRIDGE_UPDATE_GOLDEN=1 writes it";
     int mismatches = 0;
-    const std::size_t common = std::min(expected.size(), actual.size());
-    for (std::size_t i = 0; i < common && mismatches < 20; ++i) {
-        if (expected[i] != actual[i]) {
-            ++mismatches;
-            ADD_FAILURE() << kGoldenPath << ":" << (i + 1) << "\n  expected: " << expected[i]
-                          << "\n  actual:   " << actual[i];
-        }
-    }
-    for (std::size_t i = common; i < expected.size() && mismatches < 20; ++i, ++mismatches) {
-        ADD_FAILURE() << kGoldenPath << ":" << (i + 1) << "\n  expected: " << expected[i]
-                      << "\n  actual:   (no line)";
-    }
-    for (std::size_t i = common; i < actual.size() && mismatches < 20; ++i, ++mismatches) {
-        ADD_FAILURE() << kGoldenPath << ":" << (i + 1) << "\n  expected: (no line)"
-                      << "\n  actual:   " << actual[i];
+    for (std::size_t i = 0; i < std::max(expected.size(), actual.size()) && mismatches < 20; ++i) {
+        const bool both = i < expected.size() && i < actual.size();
+        if (both && expected[i] == actual[i]) continue;
+        ++mismatches;
+        ADD_FAILURE() << kGoldenPath << ":" << (i + 1)
+                      << "\n  expected: " << (i < expected.size() ? expected[i] : "(no line)")
+                      << "\n  actual:   " << (i < actual.size() ? actual[i] : "(no line)");
     }
     EXPECT_EQ(expected.size(), actual.size()) << "line count";
 }
