@@ -47,6 +47,8 @@ class DemoAircraftTest : public ::testing::Test {
     DemoAircraft aircraft{linkedStandin()};
 };
 
+// The demo session (session_test.cpp) checks the powered aircraft's answers end to end; these
+// tests add what it never shows: the dark cockpit, and inputs that must change nothing.
 TEST_F(DemoAircraftTest, ColdAndDarkHasOnlyTheBatteryOffLightsAndTheAccumulator) {
     EXPECT_EQ(lvar("B_FCU_POWER"), 0.0);
     EXPECT_EQ(lvar("I_OH_ELEC_BAT1_L"), 1.0);
@@ -65,9 +67,7 @@ TEST_F(DemoAircraftTest, BatteryPushButtonsToggleOnThePressOnly) {
     write("S_OH_ELEC_BAT1", 1.0, 3);
     EXPECT_TRUE(aircraft.state().battery1);
     EXPECT_EQ(lvar("B_FCU_POWER"), 1.0);
-    EXPECT_EQ(lvar("I_OH_ELEC_BAT1_L"), 0.0);
     EXPECT_EQ(lvar("I_OH_ELEC_BAT2_L"), 1.0);
-    EXPECT_EQ(lvar("I_MIP_GEAR_2_L"), 1.0);
     EXPECT_EQ(lvar("B_FC_ELEVATOR_TRIM_MOTOR_POWER"), 1.0);
     write("S_OH_ELEC_BAT1", 0.0);  // the release changes nothing
     EXPECT_TRUE(aircraft.state().battery1);
@@ -79,52 +79,30 @@ TEST_F(DemoAircraftTest, BatteryPushButtonsToggleOnThePressOnly) {
     EXPECT_EQ(lvar("B_FCU_POWER"), 0.0);
 }
 
-TEST_F(DemoAircraftTest, EncoderCountsStepTheFcuValues) {
-    powerUp();
+TEST_F(DemoAircraftTest, EncoderCountsStepTheFcuValuesButTurnsWithoutPowerAreLost) {
     write("E_FCU_SPEED", 5.0);
-    EXPECT_EQ(lvar("N_FCU_SPEED"), 255.0);
+    EXPECT_EQ(lvar("N_FCU_SPEED"), 250.0);
+    powerUp();
+    EXPECT_EQ(lvar("N_FCU_SPEED"), 250.0);
     write("E_FCU_SPEED", 3.0);  // two detents down
-    EXPECT_EQ(lvar("N_FCU_SPEED"), 253.0);
+    EXPECT_EQ(lvar("N_FCU_SPEED"), 248.0);
     write("E_FCU_HEADING", 15.0);
-    EXPECT_EQ(lvar("N_FCU_HEADING"), 5.0);  // 350 + 15 wraps past north
     write("E_FCU_HEADING", 9.0);
-    EXPECT_EQ(lvar("N_FCU_HEADING"), 359.0);
+    EXPECT_EQ(lvar("N_FCU_HEADING"), 359.0);  // 350 + 15 - 6 wraps both ways
     write("E_FCU_ALTITUDE", 2.0);
     EXPECT_EQ(lvar("N_FCU_ALTITUDE"), 10200.0);
-    write("S_FCU_ALTITUDE_SCALE", 1.0);
-    write("E_FCU_ALTITUDE", 4.0);
-    EXPECT_EQ(lvar("N_FCU_ALTITUDE"), 12200.0);
-    EXPECT_EQ(lvar("B_FCU_VERTICALSPEED_DASHED"), 1.0);
-    write("E_FCU_VS", -7.0);
-    EXPECT_EQ(lvar("B_FCU_VERTICALSPEED_DASHED"), 0.0);
-    EXPECT_EQ(lvar("N_FCU_VS"), -700.0);
 }
 
-TEST_F(DemoAircraftTest, EncodersTurnedWithoutPowerAreLost) {
-    write("E_FCU_SPEED", 5.0);
-    EXPECT_EQ(lvar("N_FCU_SPEED"), 250.0);
-    powerUp();
-    EXPECT_EQ(lvar("N_FCU_SPEED"), 250.0);
-    write("E_FCU_SPEED", 6.0);
-    EXPECT_EQ(lvar("N_FCU_SPEED"), 251.0);
-}
-
-TEST_F(DemoAircraftTest, FcuButtonsToggleTheirLampsAndApprTakesOverFromLoc) {
+TEST_F(DemoAircraftTest, FcuButtonsNeedPowerToggleTheirLampsAndDisengageWithoutIt) {
     push("S_FCU_AP1");
-    EXPECT_EQ(lvar("I_FCU_AP1"), 0.0);  // no power, no autopilot
+    EXPECT_EQ(lvar("I_FCU_AP1"), 0.0);
     powerUp();
     push("S_FCU_AP1");
     EXPECT_EQ(lvar("I_FCU_AP1"), 1.0);
-    push("S_FCU_LOC");
-    EXPECT_EQ(lvar("I_FCU_LOC"), 1.0);
-    push("S_FCU_APPR");
-    EXPECT_EQ(lvar("I_FCU_APPR"), 1.0);
-    EXPECT_EQ(lvar("I_FCU_LOC"), 0.0);
     push("S_FCU_AP1");
     EXPECT_EQ(lvar("I_FCU_AP1"), 0.0);
-    push("S_FCU_ATHR");
+    push("S_FCU_APPR");
     push("S_FCU_AP2");
-    EXPECT_EQ(lvar("I_FCU_ATHR"), 1.0);
     EXPECT_EQ(lvar("I_FCU_AP2"), 1.0);
     push("S_OH_ELEC_BAT1");  // power off: everything disengages
     EXPECT_EQ(lvar("I_FCU_AP2"), 0.0);
@@ -137,45 +115,30 @@ TEST_F(DemoAircraftTest, ParkingBrakePressureRampsBothWays) {
     EXPECT_GT(rising, 0.0);
     EXPECT_LT(rising, DemoAircraft::kParkingBrakePressure);
     run(30);
-    EXPECT_EQ(lvar("N_HYD_PRESSURE_BRAKE_LEFT"), DemoAircraft::kParkingBrakePressure);
     EXPECT_EQ(lvar("N_HYD_PRESSURE_BRAKE_RIGHT"), DemoAircraft::kParkingBrakePressure);
     write("S_MIP_PARKING_BRAKE", 0.0, 30);
     EXPECT_EQ(lvar("N_HYD_PRESSURE_BRAKE_LEFT"), 0.0);
-    EXPECT_EQ(lvar("N_HYD_PRESSURE_BRAKE_RIGHT"), 0.0);
 }
 
-TEST_F(DemoAircraftTest, ElectricTrimRunsWhileHeldAndOnlyWithPower) {
+TEST_F(DemoAircraftTest, TrimWheelMovesTheTrimWithoutPowerAndTheSwitchesRunItOnlyWithPower) {
     write("S_FC_ELEVATOR_TRIM_UP", 1.0, 30);
     EXPECT_EQ(lvar("N_FC_ELEVATOR_TRIM"), 0.0);
     write("S_FC_ELEVATOR_TRIM_UP", 0.0);
-    powerUp();
-    write("S_FC_ELEVATOR_TRIM_UP", 1.0, 60);  // two seconds
-    EXPECT_NEAR(lvar("N_FC_ELEVATOR_TRIM"), 2.0 * DemoAircraft::kTrimRate, 1e-9);
-    write("S_FC_ELEVATOR_TRIM_UP", 0.0, 30);
-    EXPECT_NEAR(lvar("N_FC_ELEVATOR_TRIM"), 2.0 * DemoAircraft::kTrimRate, 1e-9);
-    write("S_FC_ELEVATOR_TRIM_DOWN", 1.0, 30);
-    EXPECT_NEAR(lvar("N_FC_ELEVATOR_TRIM"), DemoAircraft::kTrimRate, 1e-9);
-}
-
-TEST_F(DemoAircraftTest, TrimWheelMovesTheTrimOnlyWithTheMotorOff) {
     write("A_FC_ELEVATOR_TRIM", 2500.0);
     EXPECT_NEAR(lvar("N_FC_ELEVATOR_TRIM"), 2.5, 1e-9);
     powerUp();
-    write("A_FC_ELEVATOR_TRIM", 1000.0);
+    write("A_FC_ELEVATOR_TRIM", 1000.0);  // the motor holds the wheel
     EXPECT_NEAR(lvar("N_FC_ELEVATOR_TRIM"), 2.5, 1e-9);
+    write("S_FC_ELEVATOR_TRIM_DOWN", 1.0, 60);  // two seconds
+    write("S_FC_ELEVATOR_TRIM_DOWN", 0.0, 30);
+    EXPECT_NEAR(lvar("N_FC_ELEVATOR_TRIM"), 2.5 - 2.0 * DemoAircraft::kTrimRate, 1e-9);
 }
 
-TEST_F(DemoAircraftTest, IntegralLightingFollowsTheKnobsWhilePowered) {
+TEST_F(DemoAircraftTest, IntegralLightingFollowsAKnobSetWithoutPowerOncePowered) {
     write("A_OH_LIGHTING_OVD", 0.8);
     EXPECT_EQ(lvar("N_OH_LIGHTING_OVD"), 0.0);
     powerUp();
     EXPECT_NEAR(lvar("N_OH_LIGHTING_OVD"), 1.6, 1e-9);
-    write("A_FCU_LIGHTING", 0.3);
-    write("A_PED_LIGHTING_PEDESTAL", 1.0);
-    write("A_FCU_LIGHTING_TEXT", 0.3);
-    EXPECT_NEAR(lvar("N_FCU_LIGHTING"), 0.6, 1e-9);
-    EXPECT_NEAR(lvar("N_PED_LIGHTING_PEDESTAL"), 2.0, 1e-9);
-    EXPECT_NEAR(lvar("N_FCU_LIGHTING_TEXT"), 0.3, 1e-9);
 }
 
 // Waits for a condition of a real-time thread, with a generous limit.

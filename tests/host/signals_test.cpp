@@ -26,18 +26,39 @@ SignalLists sampleLists() {
     return lists;
 }
 
-TEST(CsvField, QuotesOnlyFieldsThatNeedIt) {
-    EXPECT_EQ(csvField("S_ADF1_TFC"), "S_ADF1_TFC");
-    EXPECT_EQ(csvField(""), "");
-    EXPECT_EQ(csvField("[0:Normal, 1:Pushed]"), "\"[0:Normal, 1:Pushed]\"");
-    EXPECT_EQ(csvField("say \"hi\""), "\"say \"\"hi\"\"\"");
-    EXPECT_EQ(csvField("two\nlines"), "\"two\nlines\"");
-    EXPECT_EQ(csvField("S_XPDR_MODE_TA   "), "\"S_XPDR_MODE_TA   \"");
-    EXPECT_EQ(csvField(" lead"), "\" lead\"");
-    EXPECT_EQ(csvField("inner blank"), "inner blank");
+TEST(FieldEscapes, EachFormatEscapesOnlyWhatItMust) {
+    const std::string dot = "\xC2\xB7";
+    const struct {
+        std::string (*escape)(const std::string&);
+        std::string in;
+        std::string out;
+    } rows[] = {
+        {&csvField, "S_ADF1_TFC", "S_ADF1_TFC"},
+        {&csvField, "", ""},
+        {&csvField, "inner blank", "inner blank"},
+        {&csvField, "[0:Normal, 1:Pushed]", "\"[0:Normal, 1:Pushed]\""},
+        {&csvField, "say \"hi\"", "\"say \"\"hi\"\"\""},
+        {&csvField, "two\nlines", "\"two\nlines\""},
+        {&csvField, "S_XPDR_MODE_TA   ", "\"S_XPDR_MODE_TA   \""},
+        {&csvField, " lead", "\" lead\""},
+        {&visibleBlanks, "S_XPDR_MODE_TA   ", "S_XPDR_MODE_TA" + dot + dot + dot},
+        {&visibleBlanks, " a b ", dot + "a b" + dot},
+        {&visibleBlanks, "  ", dot + dot},
+        {&visibleBlanks, "", ""},
+        {&visibleBlanks, "ASP  Channel", "ASP  Channel"},
+        {&markdownCell, "a|b", "a\\|b"},
+        {&markdownCell, "[0~2500]", "[0\\~2500]"},
+        {&markdownCell, "x*y<z`w\\", "x\\*y\\<z\\`w\\\\"},
+        {&markdownCell, "S_ADF1_TFC.Radio", "S_ADF1_TFC.Radio"},
+        {&markdownCell, "_lead trail_ (_x_)", "\\_lead trail\\_ (\\_x\\_)"},
+        {&jsonString, "plain", "\"plain\""},
+        {&jsonString, "a\"b\\c", "\"a\\\"b\\\\c\""},
+        {&jsonString, "tab\tline\n\x01", "\"tab\\tline\\n\\u0001\""},
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.escape(row.in), row.out) << row.in;
 }
 
-TEST(ParseCsv, ReadsBackWhatCsvFieldWrote) {
+TEST(ParseCsv, ReadsBackWhatCsvFieldWroteAndRejectsAnUnclosedQuote) {
     const std::vector<std::string> fields = {
         "plain", "", "a,b", "\"quoted\"", "trail  ", "  lead", "line\r\nbreak", ",\",\"",
     };
@@ -51,114 +72,76 @@ TEST(ParseCsv, ReadsBackWhatCsvFieldWrote) {
     for (std::size_t i = 0; i < fields.size(); ++i) {
         EXPECT_EQ(records[i], (std::vector<std::string>{fields[i], std::to_string(i)})) << i;
     }
-}
-
-TEST(ParseCsv, AcceptsBareLineFeedsAndALastLineWithoutBreak) {
-    std::vector<std::vector<std::string>> records;
+    // Bare line feeds and a last line without a break are read too.
     ASSERT_TRUE(parseCsv("a,b\nc,\"d\"", records));
     EXPECT_EQ(records, (std::vector<std::vector<std::string>>{{"a", "b"}, {"c", "d"}}));
-}
-
-TEST(ParseCsv, RejectsAnUnclosedQuote) {
-    std::vector<std::vector<std::string>> records;
     EXPECT_FALSE(parseCsv("a,\"open\r\n", records));
 }
 
-TEST(VisibleBlanks, MarksOnlyLeadingAndTrailingBlanks) {
-    EXPECT_EQ(visibleBlanks("S_XPDR_MODE_TA   "), "S_XPDR_MODE_TA\xC2\xB7\xC2\xB7\xC2\xB7");
-    EXPECT_EQ(visibleBlanks(" a b "),
-              "\xC2\xB7"
-              "a b\xC2\xB7");
-    EXPECT_EQ(visibleBlanks("  "), "\xC2\xB7\xC2\xB7");
-    EXPECT_EQ(visibleBlanks(""), "");
-    EXPECT_EQ(visibleBlanks("ASP  Channel"), "ASP  Channel");
-}
-
-TEST(MarkdownCell, EscapesPipesAndInlineMarkup) {
-    EXPECT_EQ(markdownCell("a|b"), "a\\|b");
-    EXPECT_EQ(markdownCell("[0~2500]"), "[0\\~2500]");
-    EXPECT_EQ(markdownCell("x*y<z`w\\"), "x\\*y\\<z\\`w\\\\");
-    EXPECT_EQ(markdownCell("S_ADF1_TFC.Radio"), "S_ADF1_TFC.Radio");
-    EXPECT_EQ(markdownCell("_lead trail_ (_x_)"), "\\_lead trail\\_ (\\_x\\_)");
-}
-
-TEST(JsonString, EscapesQuotesBackslashesAndControlCharacters) {
-    EXPECT_EQ(jsonString("plain"), "\"plain\"");
-    EXPECT_EQ(jsonString("a\"b\\c"), "\"a\\\"b\\\\c\"");
-    EXPECT_EQ(jsonString("tab\tline\n\x01"), "\"tab\\tline\\n\\u0001\"");
-}
-
-TEST(FindSignal, TakesAnIdOrAnExactlyMatchingName) {
+TEST(FindSignal, TakesAnIdOrAnExactlyMatchingNameAndExplainsWhatItCannotFind) {
     const SignalLists lists = sampleLists();
-    const SignalRef byId = findSignal(lists, ListKind::kDigitIn, "7");
-    EXPECT_TRUE(byId.found);
-    EXPECT_EQ(byId.id, 7);
-    const SignalRef byName = findSignal(lists, ListKind::kDigitIn, "S_ONE");
-    EXPECT_TRUE(byName.found);
-    EXPECT_EQ(byName.id, 1);
-    const SignalRef padded = findSignal(lists, ListKind::kDigitIn, "S_PADDED  ");
-    EXPECT_TRUE(padded.found);
-    EXPECT_EQ(padded.id, 4);
-    EXPECT_FALSE(findSignal(lists, ListKind::kDigitIn, "S_PADDED").found);
-    EXPECT_FALSE(findSignal(lists, ListKind::kDigitIn, "s_one").found);
+    const struct {
+        ListKind kind;
+        std::string token;
+        int32_t id;  // -1: not found
+        std::string error;
+    } rows[] = {
+        {ListKind::kDigitIn, "7", 7, ""},
+        {ListKind::kDigitIn, "S_ONE", 1, ""},
+        {ListKind::kDigitIn, "S_PADDED  ", 4, ""},
+        {ListKind::kDigitIn, "S_PADDED", -1, ""},
+        {ListKind::kDigitIn, "s_one", -1, ""},
+        {ListKind::kDigitIn, "", -1, ""},
+        {ListKind::kDigitIn, "1x", -1, ""},
+        {ListKind::kDigitIn, "5", -1, "unknown digital input id 5"},
+        {ListKind::kPwm, "S_ONE", -1, "unknown PWM channel 'S_ONE'"},
+        {ListKind::kDigitIn, "S_SHARED", -1,
+         "'S_SHARED' names 3 digital inputs (ids 2, 3, 7): give the id"},
+    };
+    for (const auto& row : rows) {
+        const SignalRef ref = findSignal(lists, row.kind, row.token);
+        EXPECT_EQ(ref.found ? ref.id : -1, row.id) << row.token;
+        EXPECT_TRUE(row.error.empty() || ref.error == row.error) << row.token << ": " << ref.error;
+    }
 }
 
-TEST(FindSignal, ExplainsUnknownAndSharedNames) {
-    const SignalLists lists = sampleLists();
-    const SignalRef unknownId = findSignal(lists, ListKind::kDigitIn, "5");
-    EXPECT_FALSE(unknownId.found);
-    EXPECT_EQ(unknownId.error, "unknown digital input id 5");
-    const SignalRef unknownName = findSignal(lists, ListKind::kPwm, "S_ONE");
-    EXPECT_FALSE(unknownName.found);
-    EXPECT_EQ(unknownName.error, "unknown PWM channel 'S_ONE'");
-    const SignalRef shared = findSignal(lists, ListKind::kDigitIn, "S_SHARED");
-    EXPECT_FALSE(shared.found);
-    EXPECT_EQ(shared.error, "'S_SHARED' names 3 digital inputs (ids 2, 3, 7): give the id");
-    EXPECT_FALSE(findSignal(lists, ListKind::kDigitIn, "").found);
-    EXPECT_FALSE(findSignal(lists, ListKind::kDigitIn, "1x").found);
-}
-
-TEST(WriteSignals, CsvHasTheHeaderAndOneCrlfRecordPerEntry) {
-    std::ostringstream out;
-    writeSignals(out, sampleLists(), {ListKind::kPwm}, Format::kCsv);
-    EXPECT_EQ(out.str(),
+TEST(WriteSignals, CsvHasAHeaderAndCrlfRecordsAndJsonListsEntriesUnderTheListName) {
+    std::ostringstream csv;
+    writeSignals(csv, sampleLists(), {ListKind::kPwm}, Format::kCsv);
+    EXPECT_EQ(csv.str(),
               "list,id,variable,label\r\n"
               "pwm,0,Fenix NONE,NO SIGNAL\r\n"
               "pwm,1,\"LT, \"\"MAIN\"\"\",\" lead\"\r\n");
-}
-
-TEST(WriteSignals, MarkdownHasOneTablePerListWithVisibleBlanks) {
-    std::ostringstream out;
-    writeSignals(out, sampleLists(), {ListKind::kDigitIn, ListKind::kPwm}, Format::kMarkdown);
-    const std::string md = out.str();
-    EXPECT_NE(md.find("## Digital inputs (`digital-in`, 6 entries)\n\n| id | variable | label |\n"
-                      "|---:|---|---|\n| 0 | `Fenix NONE` | NO SIGNAL |\n"),
-              std::string::npos)
-        << md;
-    EXPECT_NE(md.find("| 4 | `S_PADDED\xC2\xB7\xC2\xB7` | padded \\| piped |\n"), std::string::npos)
-        << md;
-    EXPECT_NE(md.find("## PWM channels (`pwm`, 2 entries)"), std::string::npos) << md;
-    EXPECT_NE(md.find("| 1 | `LT, \"MAIN\"` | \xC2\xB7lead |\n"), std::string::npos) << md;
-}
-
-TEST(WriteSignals, JsonListsEntriesUnderTheListName) {
-    std::ostringstream out;
-    writeSignals(out, sampleLists(), {ListKind::kPwm}, Format::kJson);
-    EXPECT_EQ(out.str(),
+    std::ostringstream json;
+    writeSignals(json, sampleLists(), {ListKind::kPwm}, Format::kJson);
+    EXPECT_EQ(json.str(),
               "{\n  \"pwm\": [\n"
               "    {\"id\": 0, \"variable\": \"Fenix NONE\", \"label\": \"NO SIGNAL\"},\n"
               "    {\"id\": 1, \"variable\": \"LT, \\\"MAIN\\\"\", \"label\": \" lead\"}\n"
               "  ]\n}\n");
 }
 
-TEST(WriteSignals, TableAlignsLabelsAndShowsEdgeBlanks) {
-    std::ostringstream out;
-    writeSignals(out, sampleLists(), {ListKind::kDigitIn}, Format::kTable);
-    const std::string table = out.str();
-    EXPECT_NE(table.find("digital-in: Digital inputs, 6 entries\n"), std::string::npos);
-    EXPECT_NE(table.find("    1  S_ONE       S_ONE.One"), std::string::npos) << table;
-    EXPECT_NE(table.find("    4  S_PADDED\xC2\xB7\xC2\xB7  padded | piped\n"), std::string::npos)
-        << table;
+TEST(WriteSignals, MarkdownAndTableShowEdgeBlanksOneSectionPerList) {
+    std::ostringstream md;
+    writeSignals(md, sampleLists(), {ListKind::kDigitIn, ListKind::kPwm}, Format::kMarkdown);
+    for (const char* text : {
+             "## Digital inputs (`digital-in`, 6 entries)\n\n| id | variable | label |\n"
+             "|---:|---|---|\n| 0 | `Fenix NONE` | NO SIGNAL |\n",
+             "| 4 | `S_PADDED\xC2\xB7\xC2\xB7` | padded \\| piped |\n",
+             "## PWM channels (`pwm`, 2 entries)",
+             "| 1 | `LT, \"MAIN\"` | \xC2\xB7lead |\n",
+         }) {
+        EXPECT_NE(md.str().find(text), std::string::npos) << text << "\nin:\n" << md.str();
+    }
+    std::ostringstream table;
+    writeSignals(table, sampleLists(), {ListKind::kDigitIn}, Format::kTable);
+    for (const char* text : {
+             "digital-in: Digital inputs, 6 entries\n",
+             "    1  S_ONE       S_ONE.One",
+             "    4  S_PADDED\xC2\xB7\xC2\xB7  padded | piped\n",
+         }) {
+        EXPECT_NE(table.str().find(text), std::string::npos) << text << "\nin:\n" << table.str();
+    }
 }
 
 TEST(SplitWords, SplitsOnBlanksAndKeepsQuotedBlanks) {
