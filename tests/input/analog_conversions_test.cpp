@@ -10,29 +10,16 @@
 namespace fenixA320 {
 namespace {
 
-TEST(ThrottleDetent, MapsTheLeverOntoZeroToFiveWithDetents) {
+TEST(ThrottleDetent, MapsTheLeverOntoZeroToFiveWithDetentsAndRejectsTheRest) {
+    // Just below -0.04 is the last step (1.6) before the idle band; 0.05 gives 2.072, which
+    // snaps to the detent.
     const struct {
-        double lever;
-        double expected;
-    } cases[] = {
-        {-1.0, 0.0},
-        {-0.5, 0.5 / 0.9},
-        {-0.05, 1.5},
-        {-0.04, 2.0},
-        {0.0, 2.0},
-        {0.05, 2.0},  // 2.072 snaps to the detent
-        {0.5, 0.5 / 0.69 + 2.0},
-        {0.69, 3.0},
-        {0.86, 4.0},
-        {1.0, 5.0},
-        {-0.1, 1.0},
-        {-0.04 - 1e-9, 1.6},  // the step from 1.6 to the idle band
-    };
+        double lever, expected;
+    } cases[] = {{-1.0, 0.0},  {-0.5, 0.5 / 0.9},   {-0.1, 1.0},
+                 {-0.05, 1.5}, {-0.04 - 1e-9, 1.6}, {-0.04, 2.0},
+                 {0.0, 2.0},   {0.05, 2.0},         {0.5, 0.5 / 0.69 + 2.0},
+                 {0.69, 3.0},  {0.86, 4.0},         {1.0, 5.0}};
     for (const auto& c : cases) EXPECT_NEAR(throttleDetent(c.lever), c.expected, 1e-6) << c.lever;
-    EXPECT_NEAR(throttleDetent(0.5), 2.7246, 1e-4);
-}
-
-TEST(ThrottleDetent, RejectsValuesOutsideTheLeverRange) {
     for (const double bad : {1.2, -1.0000001, std::numeric_limits<double>::quiet_NaN(),
                              std::numeric_limits<double>::infinity()}) {
         try {
@@ -44,19 +31,18 @@ TEST(ThrottleDetent, RejectsValuesOutsideTheLeverRange) {
     }
 }
 
-TEST(AnalogConversions, RangeEndsOfTrimSpeedbrakeAndAxes) {
+TEST(AnalogConversions, RangeEndsAndFlapDetents) {
     EXPECT_EQ(trimWheelValue(-4.0), -4000.0);
     EXPECT_EQ(trimWheelValue(13.5), 13500.0);
-    EXPECT_EQ(speedbrakeValue(0.04, false), 1.0);
+    EXPECT_EQ(speedbrakeValue(0.049, false), 1.0);
+    EXPECT_DOUBLE_EQ(speedbrakeValue(0.05, false), 1.1);
     EXPECT_EQ(speedbrakeValue(1.0, false), 3.0);
     EXPECT_EQ(axisValue(-1.0), -1000.0);
     EXPECT_EQ(axisValue(0.25), 250.0);
-}
-
-TEST(FlapDetent, CapturesNearDetentsAndHoldsBetweenThem) {
+    // Captured within 0.25 of a detent; between detents the last one holds.
     EXPECT_EQ(flapDetent(2.1, 1), 2);
-    EXPECT_EQ(flapDetent(2.6, 2), 2);   // 0.4 from 3: the last detent holds
-    EXPECT_EQ(flapDetent(2.76, 2), 3);  // within 0.25
+    EXPECT_EQ(flapDetent(2.6, 2), 2);
+    EXPECT_EQ(flapDetent(2.76, 2), 3);
     EXPECT_EQ(flapDetent(-0.2, 3), 0);
     EXPECT_EQ(flapDetent(9.0, 1), 1);
 }

@@ -26,37 +26,28 @@ PositionSwitch recording(int32_t key, const std::map<int32_t, int32_t>& position
     return logic;
 }
 
-TEST(PositionSwitch, ConstructionWithoutPositionZeroThrows) {
+TEST(PositionSwitch, NeedsAPositionZeroAndTracksEvenWhenUnbound) {
     EXPECT_THROW(PositionSwitch(1, {{10, 1}, {11, 2}}), std::invalid_argument);
     EXPECT_THROW(PositionSwitch(1, {}), std::invalid_argument);
+    PositionSwitch altitude(415, {{477, 0}, {478, -1}, {479, 1}});
+    altitude.OnContact(478, true);
+    EXPECT_EQ(altitude.position(), -1);
 }
 
-TEST(PositionSwitch, StartsAtPositionZeroWithoutReporting) {
+TEST(PositionSwitch, ReportsChangesOfTheClosedContactOnly) {
     Reports reports;
     PositionSwitch intrad = recording(22, {{22, 0}, {23, 1}, {24, 2}}, reports);
     EXPECT_EQ(intrad.position(), 0);
-    intrad.OnContact(22, true);
-    EXPECT_TRUE(reports.empty());
-}
-
-TEST(PositionSwitch, OpeningTheReportedContactLeavesThePositionUnknown) {
-    Reports reports;
-    PositionSwitch intrad = recording(22, {{22, 0}, {23, 1}, {24, 2}}, reports);
+    intrad.OnContact(22, true);  // starts at 0 already: no report
+    intrad.OnContact(23, true);
+    intrad.OnContact(22, false);  // not the contact that set the position
+    intrad.OnContact(99, true);   // not a contact of this switch
+    EXPECT_EQ(intrad.position(), 1);
     intrad.OnContact(24, true);
-    intrad.OnContact(24, false);
+    intrad.OnContact(24, false);  // no rest position: unknown until the next contact
     EXPECT_EQ(intrad.position(), PositionSwitch::kUnknown);
     intrad.OnContact(24, true);  // known again: reported again
-    EXPECT_EQ(reports, (Reports{{22, 2}, {22, 2}}));
-}
-
-TEST(PositionSwitch, OpeningAnotherContactThanTheReportedOneChangesNothing) {
-    Reports reports;
-    PositionSwitch intrad = recording(22, {{22, 0}, {23, 1}, {24, 2}}, reports);
-    intrad.OnContact(23, true);
-    intrad.OnContact(22, false);
-    intrad.OnContact(99, true);  // not a contact of this switch
-    EXPECT_EQ(reports, (Reports{{22, 1}}));
-    EXPECT_EQ(intrad.position(), 1);
+    EXPECT_EQ(reports, (Reports{{22, 1}, {22, 2}, {22, 2}}));
 }
 
 TEST(PositionSwitch, RestPositionIsReportedWhenTheLastContactOpens) {
@@ -67,13 +58,8 @@ TEST(PositionSwitch, RestPositionIsReportedWhenTheLastContactOpens) {
     nav1.OnContact(495, true);
     nav1.OnContact(495, false);
     nav1.OnContact(493, true);  // already at rest
+    nav1.OnContact(493, false);
     EXPECT_EQ(reports, (Reports{{427, 2}, {427, 1}}));
-}
-
-TEST(PositionSwitch, AnUnboundSwitchStillTracksItsPosition) {
-    PositionSwitch altitude(415, {{477, 0}, {478, -1}, {479, 1}});
-    altitude.OnContact(478, true);
-    EXPECT_EQ(altitude.position(), -1);
 }
 
 // The table against the catalogue: every contact carries the name of the variable it moves.

@@ -1,7 +1,8 @@
-// The output cycle through the core: gating, order and counts of the host calls, lamp states,
-// the display value text and missing or failing callbacks.
+// The output cycle and the servo pass through the core: gating, order and counts of the host
+// calls, lamp states, the display value text and missing or failing callbacks.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -13,6 +14,7 @@
 #include "core/core.h"
 #include "output/digital_outputs.h"
 #include "output/output_values.h"
+#include "output/servo_pwm.h"
 
 namespace fenixA320 {
 namespace {
@@ -20,7 +22,7 @@ namespace {
 namespace out = digitOutId;
 
 struct HostCall {
-    char kind;  // 'L' lamp, 'D' display, 'P' PWM
+    char kind;  // 'L' lamp, 'D' display, 'P' PWM, 'S' servo position, 'V' servo speed
     uint32_t id;
     std::string text;
     double level;
@@ -43,10 +45,15 @@ class OutputCycle : public ::testing::Test {
             calls.push_back({'D', id, std::move(text), 0.0});
             return true;
         });
-        core.SetPwmProc([this](unsigned id, double level) {
-            calls.push_back({'P', id, "", level});
-            return true;
-        });
+        for (const char kind : {'P', 'S', 'V'}) {
+            auto record = [this, kind](unsigned id, double level) {
+                calls.push_back({kind, id, "", level});
+                return true;
+            };
+            if (kind == 'P') core.SetPwmProc(record);
+            if (kind == 'S') core.SetServoProc(record);
+            if (kind == 'V') core.SetServoSpeedProc(record);
+        }
     }
 
     void digit(uint32_t slot, double v) { core.digitOutValues[slot].store(v); }
@@ -55,6 +62,11 @@ class OutputCycle : public ::testing::Test {
     std::vector<HostCall> cycle() {
         calls.clear();
         EXPECT_TRUE(core.UpdateOutput());
+        return calls;
+    }
+    std::vector<HostCall> servoPass(int64_t ms) {
+        calls.clear();
+        core.servoPass(TimePoint{} + std::chrono::milliseconds(ms + 5'000'000));
         return calls;
     }
     std::vector<HostCall> callsOf(char kind) {
@@ -72,8 +84,6 @@ class OutputCycle : public ::testing::Test {
     FenixA320Core core;
     std::vector<HostCall> calls;
 };
-using DigitalOutputs = OutputCycle;
-using DisplayCycle = OutputCycle;
 
 TEST_F(OutputCycle, CallsNothingWhileDisconnectedOrStopped) {
     core.connected = false;
@@ -84,7 +94,11 @@ TEST_F(OutputCycle, CallsNothingWhileDisconnectedOrStopped) {
     EXPECT_TRUE(calls.empty());
 }
 
-TEST_F(OutputCycle, SendsLampsThenDisplaysThenChannelsInAscendingIds) {
+// Every output every cycle, changed or not: the host keeps no state of its own.
+TEST_F(OutputCycle, SendsLampsThenDisplaysThenChannelsInAscendingIdsEveryCycle) {
+    digit(7, 1.0);
+    display(54, 250.0);
+    display(121, 0.6);
     const std::vector<HostCall> sequence = cycle();
     ASSERT_EQ(sequence.size(), 501u + 143u + 15u);
     std::vector<uint32_t> expected;
@@ -96,48 +110,63 @@ TEST_F(OutputCycle, SendsLampsThenDisplaysThenChannelsInAscendingIds) {
         EXPECT_EQ(sequence[i].kind, i < 501 ? 'L' : i < 644 ? 'D' : 'P') << i;
         EXPECT_EQ(sequence[i].id, expected[i]) << i;
     }
+    EXPECT_EQ(cycle(), sequence);
 }
 
-TEST_F(OutputCycle, UnchangedValuesGiveTheSameSequenceTwice) {
-    digit(7, 1.0);
-    display(54, 250.0);
-    display(121, 0.6);
-    EXPECT_EQ(cycle(), cycle());
-}
-
-TEST_F(OutputCycle, MissingCallbackSkipsOnlyItsOwnCalls) {
-    core.SetDigitOutProc({});
-    core.pwmProc = nullptr;
-    EXPECT_EQ(callsOf('D').size(), 143u);
-    core.SetDisplayProc({});
-    core.SetPwmProc({});  // the floor wrapper around an empty host function
-    EXPECT_TRUE(cycle().empty());
-}
-
-TEST_F(OutputCycle, ThrowingCallbackDoesNotEndTheCycle) {
+TEST_F(OutputCycle, MissingOrThrowingCallbackCostsOnlyItsOwnCalls) {
     int lampAttempts = 0;
     core.SetDigitOutProc([&lampAttempts](unsigned, bool) -> bool {
         ++lampAttempts;
         throw std::runtime_error("host failure");
     });
-    EXPECT_EQ(callsOf('P').size(), 15u);
+    core.pwmProc = nullptr;
+    EXPECT_EQ(cycle().size(), 143u);  // the displays
     EXPECT_EQ(lampAttempts, 501);
+    core.SetDigitOutProc({});
+    core.SetDisplayProc({});
+    core.SetPwmProc({});  // the floor wrapper around an empty host function
+    EXPECT_TRUE(cycle().empty());
 }
 
-TEST_F(OutputCycle, ChannelsFollowPowerThroughTheFloor) {
-    display(122, 0.019);  // 47.5: below the floor
-    display(123, 0.02);
-    std::vector<HostCall> channels = callsOf('P');
-    EXPECT_EQ(channels[3].level, 0.0);
-    EXPECT_EQ(channels[4].level, 50.0);
-    EXPECT_EQ(channels[14].level, 2500.0);
+// Knobs scale to full level (the integral lighting at half scale) and switches give dim,
+// bright or dark; levels below the floor go dark; channel 15 is always on; no power: all dark.
+TEST_F(OutputCycle, ChannelsCarryKnobAndSwitchLevelsOnlyWithPower) {
+    const struct {
+        uint32_t display;
+        std::size_t channel;
+        double knob;
+        double level;
+    } knobs[] = {{122, 4, 0.01, 0.0},   {122, 4, 0.02, 50.0},  {122, 4, 1.0, 2500.0},
+                 {121, 1, 2.0, 2500.0}, {121, 1, 0.03, 0.0},   {52, 2, 1.0, 1250.0},
+                 {126, 3, 0.5, 625.0},  {123, 5, 0.5, 1250.0}, {104, 6, 0.1, 250.0},
+                 {105, 7, 0.2, 500.0},  {99, 10, 0.3, 750.0},  {101, 11, 0.4, 1000.0},
+                 {53, 14, 0.6, 1500.0}};
+    for (const auto& c : knobs) {
+        display(c.display, c.knob);
+        EXPECT_DOUBLE_EQ(callsOf('P').at(c.channel - 1).level, c.level) << c.channel;
+    }
+    display(53, std::nan(""));
+    EXPECT_TRUE(std::isnan(callsOf('P').at(13).level));
+    const std::pair<double, double> switches[] = {
+        {1.0, 1250.0}, {2.0, 2500.0}, {1.5, 0.0}, {0.0, 0.0}, {std::nan(""), 0.0}};
+    for (std::size_t i = 0; i < 5; ++i) {  // the dome switch one row ahead of the floor ones
+        const auto& [position, level] = switches[i];
+        const auto& [domePosition, domeLevel] = switches[(i + 1) % 5];
+        display(141, position);
+        display(142, position);
+        core.output.domeLightValue.store(domePosition);
+        const std::vector<HostCall> channels = callsOf('P');
+        for (const std::size_t channel : {8u, 9u, 12u, 13u}) {
+            EXPECT_EQ(channels.at(channel - 1).level, channel < 12 ? domeLevel : level)
+                << channel << " at " << position;
+        }
+        EXPECT_EQ(channels.at(14).level, 2500.0);
+    }
     digit(out::kFcuPower, 0.0);
-    display(121, 1.0);
-    channels = callsOf('P');
-    for (const HostCall& channel : channels) EXPECT_EQ(channel.level, 0.0) << channel.id;
+    for (const HostCall& channel : callsOf('P')) EXPECT_EQ(channel.level, 0.0) << channel.id;
 }
 
-TEST_F(DisplayCycle, OutOfRangeValuesShowAsZero) {
+TEST_F(OutputCycle, DisplayValuesOutOfRangeShowAsZero) {
     const double inf = std::numeric_limits<double>::infinity();
     for (const double bad : {std::nan(""), inf, -inf, 2e9, -1.5e9, 1e9 + 1.0}) {
         display(140, bad);
@@ -151,46 +180,60 @@ TEST_F(DisplayCycle, OutOfRangeValuesShowAsZero) {
     EXPECT_EQ(callsOf('D')[46].text, "00000");
 }
 
-TEST_F(DigitalOutputs, LightTestLightsEveryOutputEvenWithoutPower) {
+// The light test (exactly 2) lights every lamp, even without power.
+TEST_F(OutputCycle, LightTestLightsEveryLampEvenWithoutPower) {
     digit(out::kFcuPower, 0.0);
     digit(out::kAnnLight, 2.0);
     const std::map<uint32_t, bool> states = lamps();
     ASSERT_EQ(states.size(), 501u);
     for (const auto& [id, on] : states) EXPECT_TRUE(on) << id;
+    digit(out::kFcuPower, 1.0);
+    for (const double notTheTest : {2.0000001, 1.0}) {
+        digit(out::kAnnLight, notTheTest);
+        std::map<uint32_t, bool> now = lamps();
+        EXPECT_FALSE(now[0] || now[1] || now[470] || now[498] || now[501]) << notTheTest;
+        EXPECT_TRUE(now[494]) << notTheTest;  // its own lamp follows the switch value
+    }
 }
 
-TEST_F(DigitalOutputs, OnlyExactlyTwoIsTheLightTest) {
-    digit(out::kAnnLight, 2.0000001);
-    std::map<uint32_t, bool> states = lamps();
-    EXPECT_FALSE(states[0] || states[1] || states[470] || states[498] || states[501]);
-    EXPECT_TRUE(states[494]);
-    digit(out::kAnnLight, 1.0);
-    EXPECT_TRUE(lamps()[494]);
-}
-
-TEST_F(DigitalOutputs, SynthesizedOutputsFollowPowerOrStayOff) {
+// Any value but zero lights a lamp; of the synthesized ones, 496 and 497 show the power and
+// 498 to 501 stay off.
+TEST_F(OutputCycle, LampsFollowTheirValuesAndTheSynthesizedOnesPower) {
+    const double values[] = {0.5, -1.0, std::nan(""), 1e300, 0.0, -0.0};
+    for (uint32_t i = 0; i < 6; ++i) digit(200 + i, values[i]);
     for (uint32_t slot = 495; slot <= 500; ++slot) digit(slot, 1.0);  // ids 496..501
-    digit(out::kFcuPower, 0.0);
     std::map<uint32_t, bool> states = lamps();
-    for (uint32_t id = 496; id <= 501; ++id) EXPECT_FALSE(states[id]) << id;
-    for (const double power : {1.0, std::nan("")}) {
+    for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(states.at(200 + i), i < 4) << values[i];
+    for (const double power : {0.0, 1.0, std::nan("")}) {
         digit(out::kFcuPower, power);
         states = lamps();
-        EXPECT_TRUE(states[496] && states[497]) << power;
+        EXPECT_EQ(states[496], power != 0.0) << power;
+        EXPECT_EQ(states[497], power != 0.0) << power;
         EXPECT_FALSE(states[498] || states[499] || states[500] || states[501]) << power;
     }
 }
 
-TEST_F(DigitalOutputs, AnyValueButZeroLightsALamp) {
-    for (const double v : {0.5, -1.0, std::nan(""), 1e300})
-        EXPECT_TRUE(digitOutState(1, v, false, true)) << v;
-    EXPECT_FALSE(digitOutState(1, 0.0, false, true));
-    EXPECT_FALSE(digitOutState(1, -0.0, false, true));
-    digit(200, -1.0);
-    digit(494, 0.5);
-    const std::map<uint32_t, bool> states = lamps();
-    EXPECT_TRUE(states.at(200) && states.at(494));
-    EXPECT_FALSE(states.at(201));
+// Without motor power the wheel drives the trim: no trim position, the gauges still move.
+TEST_F(OutputCycle, ServoPassSendsSpeedThenTrimThenScaledGaugesAndSkipsMissingCallbacks) {
+    display(displayId::kElevatorTrim, 0.3);
+    core.output.elevatorTrimInput.store(0.3);
+    digit(digitOutId::kTrimMotorPower, 1.0);
+    display(displayId::kBrakeAccuPressure, 3000.0);
+    display(displayId::kBrakeLeftPressure, 300.0);
+    display(displayId::kBrakeRightPressure, -6.0);
+    const std::vector<HostCall> gauges{
+        {'S', 1, "", 750.0}, {'S', 2, "", 100.0}, {'S', 3, "", -2.0}};
+    std::vector<HostCall> expected{{'V', 4, "", 250.0}, {'S', 4, "", 0.3}};
+    expected.insert(expected.end(), gauges.begin(), gauges.end());
+    EXPECT_EQ(servoPass(0), expected);
+    digit(digitOutId::kTrimMotorPower, 0.0);
+    expected.erase(expected.begin() + 1);
+    EXPECT_EQ(servoPass(50), expected);
+    core.SetServoSpeedProc({});  // the speed step is skipped whole: its clock stays
+    EXPECT_EQ(servoPass(100), gauges);
+    EXPECT_EQ(core.output.servo.lastServoTime, TimePoint{} + std::chrono::milliseconds(5'000'050));
+    core.SetServoProc({});
+    EXPECT_TRUE(servoPass(150).empty());
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // Nine of the ten SimConnect client functions (SetDataOnSimObject is missing), to be refused.
+// The binder looks them up by name only and never calls them, so they take no arguments.
 #include "platform/simconnect_abi.h"
 
 #if defined(_WIN32)
@@ -6,35 +7,15 @@
 #else
 #define NINE_EXPORT extern "C" __attribute__((visibility("default")))
 #endif
+#define NINE_FUNCTION(name) \
+    NINE_EXPORT helmbridge::simconnect::HRESULT name() { return helmbridge::simconnect::kEFail; }
 
-namespace sc = helmbridge::simconnect;
-
-NINE_EXPORT sc::HRESULT SimConnect_Open(sc::HANDLE*, const char*, sc::HWND, sc::DWORD, sc::HANDLE,
-                                        sc::DWORD) {
-    return sc::kEFail;
-}
-NINE_EXPORT sc::HRESULT SimConnect_Close(sc::HANDLE) { return sc::kEFail; }
-NINE_EXPORT sc::HRESULT SimConnect_CallDispatch(sc::HANDLE, sc::DispatchProc, void*) {
-    return sc::kEFail;
-}
-NINE_EXPORT sc::HRESULT SimConnect_RequestSystemState(sc::HANDLE, sc::DWORD, const char*) {
-    return sc::kEFail;
-}
-NINE_EXPORT sc::HRESULT SimConnect_AddToDataDefinition(sc::HANDLE, sc::DWORD, const char*,
-                                                       const char*, sc::SIMCONNECT_DATATYPE, float,
-                                                       sc::DWORD) {
-    return sc::kEFail;
-}
-NINE_EXPORT sc::HRESULT SimConnect_RequestDataOnSimObject(sc::HANDLE, sc::DWORD, sc::DWORD,
-                                                          sc::DWORD, sc::SIMCONNECT_PERIOD,
-                                                          sc::DWORD, sc::DWORD, sc::DWORD,
-                                                          sc::DWORD) {
-    return sc::kEFail;
-}
-NINE_EXPORT sc::HRESULT SimConnect_SubscribeToSystemEvent(sc::HANDLE, sc::DWORD, const char*) {
-    return sc::kEFail;
-}
-NINE_EXPORT sc::HRESULT SimConnect_UnsubscribeFromSystemEvent(sc::HANDLE, sc::DWORD) {
-    return sc::kEFail;
-}
-NINE_EXPORT sc::HRESULT SimConnect_ClearDataDefinition(sc::HANDLE, sc::DWORD) { return sc::kEFail; }
+NINE_FUNCTION(SimConnect_Open)
+NINE_FUNCTION(SimConnect_Close)
+NINE_FUNCTION(SimConnect_CallDispatch)
+NINE_FUNCTION(SimConnect_RequestSystemState)
+NINE_FUNCTION(SimConnect_AddToDataDefinition)
+NINE_FUNCTION(SimConnect_RequestDataOnSimObject)
+NINE_FUNCTION(SimConnect_SubscribeToSystemEvent)
+NINE_FUNCTION(SimConnect_UnsubscribeFromSystemEvent)
+NINE_FUNCTION(SimConnect_ClearDataDefinition)

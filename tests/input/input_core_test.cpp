@@ -1,0 +1,416 @@
+// Digital, encoder and analog events through the core, down to the writes they leave behind,
+// and their replay and the rudder-trim refresher, on synthetic time and on threads.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "catalogue/bindings.h"
+#include "core/core.h"
+
+namespace fenixA320::testing {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Values = std::vector<double>;
+using Latest = std::map<uint32_t, Values>;  // latest-value writes by definition
+
+constexpr uint32_t kEngMaster1 = 395;  // definitions of the variables written
+constexpr uint32_t kRudderTrim = 408;
+constexpr uint32_t kSpeedbrakeArmed = 410;
+constexpr uint32_t kParkingBrake = 497;
+constexpr uint32_t kFlaps = 404;
+constexpr uint32_t kAltitudeKnob = 415;
+constexpr uint32_t kDome = 611;
+constexpr uint32_t kWrGain = 747;
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr int32_t kAuto = 963;  // synthesized: landing elevation AUTO
+constexpr double kPress = 1.0;
+constexpr double kRelease = 0.0;
+
+// Values written since the last drain: queued records in order, and the dirty latest-value
+// blocks by definition.
+struct Writes {
+    std::vector<std::pair<uint32_t, double>> queued;
+    Latest latest;
+
+    std::vector<double> queuedTo(uint32_t defineId) const {
+        std::vector<double> values;
+        for (const auto& [id, value] : queued) {
+            if (id == defineId) values.push_back(value);
+        }
+        return values;
+    }
+    bool none() const { return queued.empty() && latest.empty(); }
+};
+
+// A built core with an open connection and no workers, and readers of what it wrote.
+class InputDispatch : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        core.BuildInputLogic();
+        core.connected = true;
+        core.simHandle = reinterpret_cast<void*>(0x1);
+        t0 = core.input.builtAt + seconds(1);  // past the key gates that start at build
+    }
+    void TearDown() override {
+        core.simHandle = nullptr;  // never a real connection: nothing to close
+        core.connected = false;
+    }
+
+    Writes drain() {
+        Writes writes;
+        WriteRecord record;
+        while (core.writeQueue.take(&record, 1) == 1) {
+            double value = 0.0;
+            std::memcpy(&value, record.bytes.data(), sizeof value);
+            writes.queued.emplace_back(record.defineId, value);
+        }
+        core.latestWrites.flush(100000, [&](uint32_t id, const PendingWrite& entry) {
+            std::vector<double> values(entry.bytes.size() / sizeof(double));
+            std::memcpy(values.data(), entry.bytes.data(), values.size() * sizeof(double));
+            writes.latest[id] = std::move(values);
+        });
+        return writes;
+    }
+
+    void digital(int32_t id, bool state, TimePoint at) { core.setDigitIn(id, state, at); }
+    void digital(int32_t id, bool state) { digital(id, state, t0); }
+
+    FenixA320Core core;
+    TimePoint t0{};
+};
+
+TEST_F(InputDispatch, BoundInputsQueueEveryEventInOrderAndAudioKeysAlsoFillTheirBlock) {
+    digital(449, true);
+    digital(449, false);
+    digital(449, true);
+    digital(2, true);  // ADF transfer: ungated audio-panel key with a binding of its own
+    const Writes writes = drain();
+    EXPECT_EQ(writes.queuedTo(kEngMaster1), (Values{1.0, 0.0, 1.0}));
+    EXPECT_EQ(writes.queuedTo(2), Values{1.0});
+    const Values& block = writes.latest.at(DEF_ASP_KEYS);
+    ASSERT_EQ(block.size(), 178u);
+    EXPECT_EQ(block[1], 1.0);
+    EXPECT_EQ(block[0], 0.0);
+}
+
+TEST_F(InputDispatch, InputsNoRouteTakesWriteNothing) {
+    std::vector<int32_t> ids{0,   35,  91, 147, 203,       324,      382,
+                             383, 963, -1, 965, INT32_MIN, INT32_MAX};
+    for (const auto& [first, last] :
+         {std::pair{387, 397}, std::pair{401, 409}, std::pair{628, 639}, std::pair{897, 916}}) {
+        for (int32_t id = first; id <= last; ++id) ids.push_back(id);
+    }
+    for (const int32_t id : ids) {
+        EXPECT_FALSE(core.setDigitIn(id, id != 963, t0)) << id;  // 963 only acts when pressed
+        EXPECT_TRUE(drain().none()) << id;
+    }
+}
+
+TEST_F(InputDispatch, ParkingBrakeMicroswitchesWriteOnClosingOnly) {
+    EXPECT_TRUE(core.setDigitIn(605, true, t0));
+    EXPECT_TRUE(core.setDigitIn(605, false, t0));
+    EXPECT_TRUE(core.setDigitIn(964, true, t0));
+    EXPECT_TRUE(core.setDigitIn(964, false, t0));
+    EXPECT_EQ(drain().queuedTo(kParkingBrake), (Values{1.0, 0.0}));
+    EXPECT_TRUE(core.lastDigitIn.at(605).seen);
+    EXPECT_TRUE(core.lastDigitIn.at(964).seen);
+}
+
+TEST_F(InputDispatch, SpeedbrakeLeverFollowsTheArmedSwitch) {
+    core.SetAnalog(88, 0.5);
+    EXPECT_EQ(drain().latest, (Latest{{2088, {2.0}}}));
+    digital(472, true);
+    Writes writes = drain();
+    EXPECT_EQ(writes.queuedTo(kSpeedbrakeArmed), Values{1.0});
+    EXPECT_EQ(writes.latest, (Latest{{2088, {0.0}}}));
+    digital(472, true);  // unchanged: the lever is not recomputed
+    writes = drain();
+    EXPECT_EQ(writes.queuedTo(kSpeedbrakeArmed), Values{1.0});
+    EXPECT_TRUE(writes.latest.empty());
+    digital(472, false);
+    EXPECT_EQ(drain().latest, (Latest{{2088, {2.0}}}));
+}
+
+TEST_F(InputDispatch, GatedPanelBlockIsWrittenAfterEveryMemberEvent) {
+    digital(481, true, core.input.builtAt + milliseconds(50));  // the gates start at build
+    EXPECT_EQ(drain().latest.at(DEF_FCU_KEYS), Values(23, 0.0));
+    digital(481, true, core.input.builtAt + milliseconds(100));
+    EXPECT_EQ(drain().latest.at(DEF_FCU_KEYS)[0], 1.0);
+
+    digital(230, true, t0);
+    digital(230, false, t0 + milliseconds(50));  // inside the gate: dropped
+    Values block = drain().latest.at(DEF_CDU_KEYS);
+    ASSERT_EQ(block.size(), 146u);
+    EXPECT_EQ(block[0], 1.0);
+    digital(231, true, t0 + milliseconds(60));  // another key, its own gate
+    block = drain().latest.at(DEF_CDU_KEYS);
+    EXPECT_EQ(block[0], 1.0);
+    EXPECT_EQ(block[1], 1.0);
+    digital(230, false, t0 + milliseconds(100));
+    EXPECT_EQ(drain().latest.at(DEF_CDU_KEYS)[0], 0.0);
+}
+
+TEST_F(InputDispatch, EncodersCountDetentsUpOnlyForDirectionOne) {
+    for (const int32_t direction : {1, 1, 1, 0, -1, 2}) core.SetEncoder(1, direction);
+    EXPECT_EQ(drain().queuedTo(1001), (Values{1.0, 2.0, 3.0, 2.0, 1.0, 0.0}));
+    for (const int32_t id : {0, 44, -5, std::numeric_limits<int32_t>::max()})
+        core.SetEncoder(id, 1);
+    EXPECT_TRUE(drain().none());
+    core.connected = false;
+    core.SetEncoder(1, 1);
+    core.connected = true;
+    core.SetEncoder(1, 1);
+    EXPECT_EQ(drain().queuedTo(1001), Values{1.0});
+}
+
+// Each event leaves exactly one latest-value write, or none (definition 0), and nothing queued.
+TEST_F(InputDispatch, EventsWriteTheirConvertedValueThroughDeadBandsAndSelectors) {
+    const struct {
+        int32_t id;    // analog below 400, digital above
+        double value;  // analog value, or kPress / kRelease
+        uint32_t defineId;
+        double written;
+    } script[] = {
+        // clang-format off
+        // Volume knob (raw), axis, trim wheel with its motor unpowered.
+        {1, 0.42, 2001, 0.42}, {77, 0.25, 2077, 250.0}, {82, 1.2345, 2082, 1235.0},
+        // Throttles: one dead-band record for both levers, so the other lever's value resets it.
+        {89, 0.5, 2089, 0.5 / 0.69 + 2.0}, {89, 0.503, 0, 0.0},
+        {90, 0.501, 2090, 0.501 / 0.69 + 2.0}, {89, 0.502, 2089, 0.502 / 0.69 + 2.0},
+        // Temperatures and a dead band; signals without a variable of their own write nothing.
+        {114, 24.0, 2114, 0.5}, {114, 24.3, 0, 0.0}, {112, 26.0, 2112, 1.0},
+        {61, 0.7, 0, 0.0}, {100, 0.7, 0, 0.0},
+        // Landing elevation AUTO (-3.0) goes through the dead band: not within 1.0 of -2.5.
+        {116, -2.5, 2116, -2.5}, {kAuto, kPress, 0, 0.0}, {116, 0.0, 2116, 0.0},
+        {kAuto, kPress, 2116, -3.0}, {kAuto, kRelease, 0, 0.0},
+        // The flap lever moves the flap selector to a captured detent and holds between them.
+        {124, 2.1, kFlaps, 2.0}, {124, 2.6, 0, 0.0}, {124, 0.1, kFlaps, 0.0}, {460, kPress, 0, 0.0},
+        // Position contacts; the altitude knob has no rest position, the dome light rests at dim.
+        {478, kPress, kAltitudeKnob, -1.0}, {478, kRelease, 0, 0.0},
+        {477, kPress, kAltitudeKnob, 0.0}, {917, kPress, kWrGain, -5.0},
+        {743, kPress, kDome, 2.0}, {743, kRelease, kDome, 1.0}};
+    // clang-format on
+    for (const auto& step : script) {
+        SCOPED_TRACE(::testing::Message() << step.id << " at " << step.value);
+        if (step.id >= 400) {
+            digital(step.id, step.value == kPress);
+        } else {
+            core.SetAnalog(step.id, step.value);
+        }
+        const Writes writes = drain();
+        Latest expected;
+        if (step.defineId != 0) expected[step.defineId] = {step.written};
+        EXPECT_EQ(writes.latest, expected);
+        EXPECT_TRUE(writes.queued.empty());
+    }
+    EXPECT_EQ(core.output.domeLightValue.load(), 1.0);
+    EXPECT_EQ(core.switchVarValue(kDome), 1.0);
+    EXPECT_EQ(core.switchVarValue(-3), 0.0);
+    EXPECT_TRUE(core.lastAnalog.at(61).seen);
+    EXPECT_TRUE(core.lastAnalog.at(124).seen);
+}
+
+TEST_F(InputDispatch, TrimWheelIsLeftToTheServoLoopWhileTheTrimMotorIsPowered) {
+    core.digitOutValues[471].store(1.0);
+    core.SetAnalog(82, 2.5);
+    EXPECT_TRUE(drain().none());
+    EXPECT_EQ(core.output.elevatorTrimInput.load(), 2.5);
+    EXPECT_FALSE(core.lastAnalog.at(82).seen);
+}
+
+TEST_F(InputDispatch, OutOfRangeAndNonFiniteAnalogValuesNeverReachTheAircraft) {
+    EXPECT_THROW(core.SetAnalog(90, 1.2), std::out_of_range);
+    for (int32_t id = -1; id <= 125; ++id) {
+        for (const double bad : {kNaN, kInf, -kInf}) {
+            try {
+                core.SetAnalog(id, bad);
+            } catch (const std::out_of_range&) {
+                EXPECT_TRUE(id == 89 || id == 90) << id;
+            }
+        }
+    }
+    EXPECT_TRUE(drain().none());
+    EXPECT_FALSE(core.lastAnalog.at(90).seen);
+}
+
+std::atomic<int> pauses{0};
+void countPause() { pauses.fetch_add(1); }
+
+// The same core, running, with the simulator clock advancing.
+class InputReplay : public InputDispatch {
+  protected:
+    void SetUp() override {
+        InputDispatch::SetUp();
+        core.running = true;
+        core.clockAdvancing = true;
+        pauses = 0;
+    }
+
+    // Replay passes every `step` for `length` after `from`: all their queued writes, the last
+    // latest value of each definition and the number of latest writes.
+    Writes passes(TimePoint from, Nanos step, Nanos length) {
+        Writes all;
+        for (TimePoint t = from; t <= from + length; t += step) {
+            core.inputReplayPass(t, &countPause);
+            Writes one = drain();
+            all.queued.insert(all.queued.end(), one.queued.begin(), one.queued.end());
+            for (auto& [id, values] : one.latest) all.latest[id] = values;
+            latestCount += static_cast<int>(one.latest.size());
+        }
+        return all;
+    }
+    // A new run: the replay clock starts again at the next pass.
+    void restart(TimePoint at) {
+        core.running = false;
+        core.inputReplayPass(at, &countPause);
+        core.running = true;
+    }
+
+    int latestCount = 0;
+};
+
+TEST_F(InputReplay, MemoriesHoldTheBoundInputsAndTheParkingBrakeOffContact) {
+    std::size_t excludedBound = 0;
+    for (const VarBinding& row : digitInBindings()) {
+        const bool excluded = std::find(replayExcluded.begin(), replayExcluded.end(), row.key) !=
+                              replayExcluded.end();
+        excludedBound += excluded ? 1 : 0;
+        EXPECT_EQ(core.lastDigitIn.count(row.key), excluded ? 0u : 1u) << row.key;
+    }
+    EXPECT_EQ(core.lastDigitIn.size(), digitInBindings().size() - excludedBound + 1);
+    EXPECT_EQ(core.lastDigitIn.count(964), 1u);
+    EXPECT_EQ(core.lastDigitIn.count(342), 0u);  // a switch number read as an id: not an input
+    EXPECT_EQ(core.lastAnalog.size(), 125u);
+}
+
+TEST_F(InputReplay, SeenInputIsQueuedAgainEverySecondWhileTheClockRuns) {
+    digital(449, true);
+    drain();
+    TimePoint t = t0;
+    for (const auto step : {milliseconds(10), milliseconds(50), milliseconds(125),
+                            milliseconds(250), milliseconds(500)}) {
+        restart(t);
+        EXPECT_EQ(passes(t, step, seconds(5)).queuedTo(kEngMaster1), std::vector<double>(5, 1.0))
+            << step.count();
+        t += seconds(5) + step;
+        core.clockAdvancing = false;  // paused: a long quiet tail
+        EXPECT_TRUE(passes(t, step, seconds(20)).none()) << step.count();
+        core.clockAdvancing = true;
+        t += seconds(20) + step;
+        EXPECT_EQ(passes(t, step, Nanos(0)).queuedTo(kEngMaster1), std::vector<double>{1.0});
+        t += step;
+    }
+}
+
+TEST_F(InputReplay, MomentaryActionKeysAndForgottenInputsAreNotReplayed) {
+    digital(600, true);  // master caution: excluded from replay
+    digital(600, false);
+    digital(230, true);  // a CDU key: no memory
+    digital(449, true);
+    drain();
+    const Writes writes = passes(t0, milliseconds(50), seconds(3));
+    EXPECT_EQ(writes.queued.size(), 3u);
+    EXPECT_EQ(writes.queuedTo(kEngMaster1).size(), 3u);
+    EXPECT_TRUE(writes.latest.empty());
+
+    for (auto& [id, memory] : core.lastDigitIn) memory.seen = false;  // as Stop leaves them
+    EXPECT_TRUE(passes(t0 + seconds(4), milliseconds(50), seconds(5)).none());
+    digital(449, false);
+    drain();
+    EXPECT_EQ(passes(t0 + seconds(10), milliseconds(50), milliseconds(1500)).queuedTo(kEngMaster1),
+              (std::vector<double>{0.0, 0.0}));
+}
+
+TEST_F(InputReplay, ReportedSelectorPositionsAreReassertedUntilANewRun) {
+    digital(24, true);   // INT/RAD to RAD
+    digital(478, true);  // altitude knob pushed and released: position unknown
+    digital(478, false);
+    core.SetAnalog(124, 3.0);  // flap lever to 3
+    drain();
+    const Writes writes = passes(t0, milliseconds(50), seconds(1));
+    // INT/RAD and flaps only: not the unknown altitude knob, nor the never reported selector 33.
+    EXPECT_EQ(writes.latest, (Latest{{22, {2.0}}, {404, {3.0}}}));
+
+    restart(t0 + seconds(2));  // a new run: nothing reported yet
+    EXPECT_TRUE(passes(t0 + seconds(2), milliseconds(50), seconds(3)).none());
+}
+
+TEST_F(InputReplay, AnalogValuesComeBackEveryTwoSecondsThroughTheirDeadBands) {
+    core.SetAnalog(77, 0.5);    // sidestick: no dead band
+    core.SetAnalog(114, 24.0);  // cockpit temperature: its record still holds the value
+    drain();
+    passes(t0, milliseconds(50), seconds(4));
+    EXPECT_EQ(latestCount, 2);  // 2077 at 2 s and at 4 s
+    EXPECT_EQ(pauses.load(), 4);
+}
+
+// The switch is spring-loaded: its contacts only move a position that the refresher writes.
+TEST_F(InputReplay, RudderTrimContactsMoveThePositionTheRefresherWritesEveryPass) {
+    digital(468, true);  // the switch's own contact: not fed to its position logic
+    digital(470, true);
+    EXPECT_EQ(core.input.rudderTrimPosition.load(), 2.0);
+    digital(469, true);
+    EXPECT_TRUE(drain().none());
+    core.clockAdvancing = false;  // the refresher does not wait for the clock
+    for (int pass = 0; pass < 10; ++pass) {
+        core.rudderTrimPass(t0 + milliseconds(30 * pass));
+        EXPECT_EQ(drain().latest, (Latest{{kRudderTrim, {0.0}}})) << pass;
+    }
+    digital(469, false);
+    core.rudderTrimPass(t0 + milliseconds(300));
+    EXPECT_EQ(drain().latest, (Latest{{kRudderTrim, {1.0}}}));
+    EXPECT_EQ(core.switchVarValue(kRudderTrim), 1.0);
+}
+
+// Two host threads and the replay and refresher on a third: every detent is counted once.
+TEST_F(InputReplay, HostThreadsAndReplayShareTheInputPath) {
+    digital(449, true);
+    core.SetAnalog(77, 0.1);
+    std::atomic<bool> stop{false};
+    std::atomic<int> replayPasses{0};
+    std::thread replay([&] {
+        for (TimePoint t = t0 + seconds(1); !stop.load(); t += seconds(1)) {
+            core.inputReplayPass(t, [] {});
+            core.rudderTrimPass(t);
+            replayPasses.fetch_add(1);
+            std::this_thread::yield();
+        }
+    });
+    int detents[3] = {};  // by encoder id
+    const auto host = [&](int32_t encoder, int32_t direction, int32_t contact, int32_t axis) {
+        const auto deadline = SteadyClock::now() + seconds(60);
+        for (int& n = detents[encoder];
+             (n < 2000 || replayPasses.load() < 50) && SteadyClock::now() < deadline; ++n) {
+            core.SetEncoder(encoder, direction);
+            core.SetDigitIn(contact, n % 2 == 0);
+            core.SetDigitIn(469, n % 3 == 0);
+            core.SetAnalog(axis, (n % 200) / 100.0 - 1.0);
+            core.switchVarValue(611);
+        }
+    };
+    std::thread hostA(host, 1, 1, 743, 78);
+    std::thread hostB(host, 2, -1, 450, 79);
+    hostA.join();
+    hostB.join();
+    stop = true;
+    replay.join();
+    EXPECT_GE(replayPasses.load(), 50);
+    EXPECT_EQ(core.input.encoderValues[1], static_cast<double>(detents[1]));
+    EXPECT_EQ(core.input.encoderValues[2], -static_cast<double>(detents[2]));
+}
+
+}  // namespace
+}  // namespace fenixA320::testing
