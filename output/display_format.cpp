@@ -54,6 +54,25 @@ int truncated(double v) { return static_cast<int>(displayRange(v)); }
 // Halves away from zero.
 int rounded(double v) { return static_cast<int>(std::round(v)); }
 
+// The integer formats below run every cycle: printf's format parsing would cost more than the
+// text itself.
+std::string zeroPaddedWithSuffix(int value, int width, std::string_view suffix) {
+    char digits[16];
+    const uint64_t magnitude =
+        value < 0 ? 0 - static_cast<uint64_t>(static_cast<int64_t>(value)) : value;
+    const auto end = std::to_chars(digits, digits + sizeof digits, magnitude).ptr;
+    const auto count = static_cast<int>(end - digits);
+    const int sign = value < 0 ? 1 : 0;
+    const int zeros = width - sign - count > 0 ? width - sign - count : 0;
+    std::string text;
+    text.reserve(static_cast<std::size_t>(sign + zeros + count) + suffix.size());
+    if (sign != 0) text.push_back('-');
+    text.append(static_cast<std::size_t>(zeros), '0');
+    text.append(digits, end);
+    text.append(suffix);
+    return text;
+}
+
 std::string_view testPattern(uint32_t id) {
     switch (id) {
         case disp::kHeading:
@@ -101,13 +120,13 @@ std::string headingText(std::string_view text) {
 
 std::string verticalSpeedText(int n, bool fpaMode) {
     char b[kTextRoom];
-    if (!fpaMode) return printed(b, std::snprintf(b, sizeof b, "%03doo", n / 100));
+    if (!fpaMode) return zeroPaddedWithSuffix(n / 100, 3, "oo");
     return printed(b, std::snprintf(b, sizeof b, "%4.01f", n / 1000.0));
 }
 
 std::string speedText(double v, bool mach) {
     char b[kTextRoom];
-    if (!mach) return printed(b, std::snprintf(b, sizeof b, "%03d", rounded(v)));
+    if (!mach) return zeroPadded(rounded(v), 3);
     return printed(b, std::snprintf(b, sizeof b, "%.02f", v / 100.0));
 }
 
@@ -130,8 +149,7 @@ std::string baroText(const BaroSide& side, const OutputValues& values) {
         const double inches = displayRange(values.displayValue(side.inchValue)) / 100.0;
         return printed(b, std::snprintf(b, sizeof b, "%.02f", inches));
     }
-    return printed(
-        b, std::snprintf(b, sizeof b, "%04d", truncated(values.displayValue(side.hpaValue))));
+    return zeroPadded(truncated(values.displayValue(side.hpaValue)), 4);
 }
 
 std::string chronoText(int n) {
@@ -152,7 +170,7 @@ std::string clockText(int n, const OutputValues& values) {
         const double shown = static_cast<double>(static_cast<float>(c)) / 10000.0;
         return printed(b, std::snprintf(b, sizeof b, "%07.4f", shown));
     }
-    if (mode == -2.0) return printed(b, std::snprintf(b, sizeof b, "%06d", c));
+    if (mode == -2.0) return zeroPadded(c, 6);
     return {};
 }
 
@@ -183,18 +201,19 @@ std::string rmpText(uint32_t id, double v, const OutputValues& values) {
 
 std::string transponderText(const OutputValues& values) {
     const int digits = truncated(values.displayValue(disp::kXpdrDigits));
-    char b[kTextRoom];
     if (digits == 4) {
         const int code = truncated(values.displayValue(disp::kXpdr));
         if (code < 0) return {};
-        return printed(b, std::snprintf(b, sizeof b, "%04d", code));
+        return zeroPadded(code, 4);
     }
     const int code = truncated(values.displayValue(disp::kXpdrStandby));
     if (code < 0 || digits < 1 || digits > 8) return {};
-    return printed(b, std::snprintf(b, sizeof b, "%0*d", digits, code));
+    return zeroPadded(code, digits);
 }
 
 }  // namespace
+
+std::string zeroPadded(int value, int width) { return zeroPaddedWithSuffix(value, width, {}); }
 
 std::string_view displayValueText(double value, ValueTextBuffer& buffer) {
     value = displayRange(value);
@@ -205,18 +224,19 @@ std::string_view displayValueText(double value, ValueTextBuffer& buffer) {
     // millionths are computed in double: off from the exact product by at most 1.2e-10, which
     // decides the rounding the same way unless the product sits next to a half. Those rare
     // cases take the general conversion.
+    // Both quantities are non-negative and below 2^63, so truncation is floor (and cheaper
+    // than std::floor on the baseline instruction set).
     const double magnitude = std::fabs(value);
-    const double whole = std::floor(magnitude);
-    const double millionths = (magnitude - whole) * 1e6;  // the subtraction is exact
-    const double below = std::floor(millionths);
+    auto wholeDigits = static_cast<uint64_t>(magnitude);
+    const double millionths = (magnitude - static_cast<double>(wholeDigits)) * 1e6;  // exact
+    const auto below = static_cast<uint32_t>(millionths);
     const double rest = millionths - below;
     if (std::fabs(rest - 0.5) < 1e-9) {
         const auto result = std::to_chars(first, last, value, std::chars_format::fixed, 6);
         if (result.ec != std::errc{}) return {};
         return {first, static_cast<std::size_t>(result.ptr - first)};
     }
-    auto wholeDigits = static_cast<uint64_t>(whole);
-    auto fraction = static_cast<uint32_t>(below) + (rest > 0.5 ? 1u : 0u);
+    uint32_t fraction = below + (rest > 0.5 ? 1u : 0u);
     if (fraction == 1'000'000u) {
         ++wholeDigits;
         fraction = 0;
@@ -254,7 +274,7 @@ std::string formatDisplay(uint32_t id, std::string_view text, const OutputValues
             if (values.isSet(out::kSpeedDashed)) return "---";
             return speedText(number(text), values.digit(out::kSpeedMach) != 0.0);
         case disp::kAltitude:
-            return printed(b, std::snprintf(b, sizeof b, "%05d", integerPart(text)));
+            return zeroPadded(integerPart(text), 5);
         case disp::kEfis1BaroHpa:
         case disp::kEfis1BaroInch:
             return baroText(kCaptainBaro, values);

@@ -18,6 +18,9 @@ using ValueTextBuffer = std::array<char, 32>;
 // decimals, character for character what "%f" gives, at a fraction of printf's cost.
 std::string_view displayValueText(double value, ValueTextBuffer& buffer);
 
+// `value` as "%0*d" prints it with `width` (1 to 16): the sign, then zeros up to the width.
+std::string zeroPadded(int value, int width);
+
 // Text shown on display `id`, given its value text (the "%f" rendering of its value after the
 // range guard) and the received values that steer the formats. No state, no side effects.
 std::string formatDisplay(uint32_t id, std::string_view text, const OutputValues& values);

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <initializer_list>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -90,6 +91,17 @@ TEST(DisplayValueText, MatchesPrintfFixedNotation) {
         std::snprintf(expected, sizeof expected, "%f", v);
         ValueTextBuffer buffer;
         ASSERT_EQ(displayValueText(v, buffer), expected) << v;
+    }
+}
+
+TEST(ZeroPadded, MatchesPrintf) {
+    for (const int v : {0, 7, -7, 42, -42, 999, 1000, -1000, 12345, 99999999, -99999999,
+                        std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+        for (int width = 1; width <= 12; ++width) {
+            char expected[32];
+            std::snprintf(expected, sizeof expected, "%0*d", width, v);
+            ASSERT_EQ(zeroPadded(v, width), expected) << v << " width " << width;
+        }
     }
 }
 
