@@ -4,7 +4,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <system_error>
 
 namespace fenixA320 {
@@ -15,13 +14,6 @@ namespace disp = displayId;
 
 // Room for any text below: values within 1e9 keep every format under 20 characters.
 constexpr std::size_t kTextRoom = 48;
-
-// The snprintf result held in `buffer`; the call sites keep their literal formats checked.
-std::string printed(const char* buffer, int length) {
-    if (length < 0) return {};
-    const auto size = static_cast<std::size_t>(length);
-    return std::string(buffer, size < kTextRoom ? size : kTextRoom - 1);
-}
 
 bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
@@ -119,15 +111,13 @@ std::string headingText(std::string_view text) {
 }
 
 std::string verticalSpeedText(int n, bool fpaMode) {
-    char b[kTextRoom];
     if (!fpaMode) return zeroPaddedWithSuffix(n / 100, 3, "oo");
-    return printed(b, std::snprintf(b, sizeof b, "%4.01f", n / 1000.0));
+    return fixedText(n / 1000.0, 1, 4, ' ');
 }
 
 std::string speedText(double v, bool mach) {
-    char b[kTextRoom];
     if (!mach) return zeroPadded(rounded(v), 3);
-    return printed(b, std::snprintf(b, sizeof b, "%.02f", v / 100.0));
+    return fixedText(v / 100.0, 2, 0, ' ');
 }
 
 struct BaroSide {
@@ -144,10 +134,9 @@ constexpr BaroSide kFirstOfficerBaro{out::kEfis2BaroStd, out::kEfis2BaroInch, di
 // Both displays of a side show the same text, taken from the side's flags and values.
 std::string baroText(const BaroSide& side, const OutputValues& values) {
     if (values.isSet(side.stdFlag)) return "std";
-    char b[kTextRoom];
     if (values.isSet(side.inchFlag)) {
         const double inches = displayRange(values.displayValue(side.inchValue)) / 100.0;
-        return printed(b, std::snprintf(b, sizeof b, "%.02f", inches));
+        return fixedText(inches, 2, 0, ' ');
     }
     return zeroPadded(truncated(values.displayValue(side.hpaValue)), 4);
 }
@@ -156,19 +145,17 @@ std::string chronoText(int n) {
     if (n == -1) return {};
     // The panel divides in single precision.
     const float seconds = static_cast<float>(n) / 100.0f;
-    char b[kTextRoom];
-    return printed(b, std::snprintf(b, sizeof b, "%05.2f", static_cast<double>(seconds)));
+    return fixedText(static_cast<double>(seconds), 2, 5, '0');
 }
 
 std::string clockText(int n, const OutputValues& values) {
     if (n == -1) return {};
     const double mode = values.displayValue(disp::kClockMode);
     const int c = truncated(values.displayValue(disp::kClock));
-    char b[kTextRoom];
     if (mode == -1.0) {
         // The clock value passes through single precision on its way.
         const double shown = static_cast<double>(static_cast<float>(c)) / 10000.0;
-        return printed(b, std::snprintf(b, sizeof b, "%07.4f", shown));
+        return fixedText(shown, 4, 7, '0');
     }
     if (mode == -2.0) return zeroPadded(c, 6);
     return {};
@@ -176,9 +163,8 @@ std::string clockText(int n, const OutputValues& values) {
 
 std::string rudderTrimText(double v) {
     const double tenths = v / 10.0;
-    char b[kTextRoom];
-    if (tenths > 0) return printed(b, std::snprintf(b, sizeof b, "R%4.01f", tenths));
-    return printed(b, std::snprintf(b, sizeof b, "L%4.01f", std::fabs(tenths)));
+    if (tenths > 0) return fixedText(tenths, 1, 4, ' ', "R");
+    return fixedText(std::fabs(tenths), 1, 4, ' ', "L");
 }
 
 std::string rmpText(uint32_t id, double v, const OutputValues& values) {
@@ -190,13 +176,11 @@ std::string rmpText(uint32_t id, double v, const OutputValues& values) {
     if (v == -1.0) return {};
 
     const auto lit = [&values](uint32_t indicator) { return values.digit(indicator) >= 1.0; };
-    char b[kTextRoom];
-    if (lit(captain ? out::kRmp1Adf : out::kRmp2Adf))
-        return printed(b, std::snprintf(b, sizeof b, "%7.01f", v / 100.0));
+    if (lit(captain ? out::kRmp1Adf : out::kRmp2Adf)) return fixedText(v / 100.0, 1, 7, ' ');
     const bool course = lit(captain ? out::kRmp1Vor : out::kRmp2Vor) ||
                         lit(captain ? out::kRmp1Ils : out::kRmp2Ils);
-    if (course && standby) return printed(b, std::snprintf(b, sizeof b, " C-%03d", rounded(v)));
-    return printed(b, std::snprintf(b, sizeof b, "%7.03f", v / 1000.0));
+    if (course && standby) return " C-" + zeroPadded(rounded(v), 3);
+    return fixedText(v / 1000.0, 3, 7, ' ');
 }
 
 std::string transponderText(const OutputValues& values) {
@@ -214,6 +198,27 @@ std::string transponderText(const OutputValues& values) {
 }  // namespace
 
 std::string zeroPadded(int value, int width) { return zeroPaddedWithSuffix(value, width, {}); }
+
+std::string fixedText(double value, int precision, int width, char pad, std::string_view prefix) {
+    char digits[kTextRoom];
+    const auto result =
+        std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, precision);
+    if (result.ec != std::errc{}) return {};
+    const std::string_view number(digits, static_cast<std::size_t>(result.ptr - digits));
+    const std::size_t fill =
+        static_cast<std::size_t>(width) > number.size() ? width - number.size() : 0;
+    std::string text(prefix);
+    text.reserve(prefix.size() + fill + number.size());
+    if (pad == '0' && !number.empty() && number.front() == '-') {
+        text.push_back('-');
+        text.append(fill, '0');
+        text.append(number.substr(1));
+    } else {
+        text.append(fill, pad);
+        text.append(number);
+    }
+    return text;
+}
 
 std::string_view displayValueText(double value, ValueTextBuffer& buffer) {
     value = displayRange(value);
@@ -259,11 +264,10 @@ std::string formatDisplay(uint32_t id, std::string_view text, const OutputValues
     if (!values.fcuPowered()) return {};
     if (values.annTest()) return std::string(testPattern(id));
 
-    char b[kTextRoom];
     switch (id) {
         case disp::kBattery1Volts:
         case disp::kBattery2Volts:
-            return printed(b, std::snprintf(b, sizeof b, "%.1f", number(text)));
+            return fixedText(number(text), 1, 0, ' ');
         case disp::kHeading:
             if (values.isSet(out::kHeadingDashed)) return "---";
             return headingText(text);

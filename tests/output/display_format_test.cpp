@@ -105,6 +105,36 @@ TEST(ZeroPadded, MatchesPrintf) {
     }
 }
 
+// Every precision, width and pad the display formats use, on random values, exact ties, signed
+// zeros and tiny negatives.
+TEST(FixedText, MatchesPrintf) {
+    std::vector<double> values = {0.0,   -0.0, -1e-9, 0.05,   0.15,    0.25,  -0.25,
+                                  2.675, 1e9,  -1e9,  99.995, 0.00005, 123.45};
+    std::mt19937_64 rng(20261123);
+    for (int i = 0; i < 3000; ++i) {
+        const auto n = static_cast<int64_t>(rng() % 2'000'000'000) - 1'000'000'000;
+        values.push_back(static_cast<double>(n) / 1e4);
+        values.push_back(static_cast<double>(n % 100'000) / 64.0);  // exact binary ties
+    }
+    struct Format {
+        int precision, width;
+        char pad;
+        const char* printf;
+    };
+    const Format formats[] = {
+        {1, 4, ' ', "%4.1f"},  {2, 0, ' ', "%.2f"},  {2, 5, '0', "%05.2f"},
+        {4, 7, '0', "%07.4f"}, {1, 7, ' ', "%7.1f"}, {3, 7, ' ', "%7.3f"},
+        {1, 0, ' ', "%.1f"},   {1, 9, '0', "%09.1f"}};  // zeros after the sign
+    for (const Format& f : formats) {
+        for (const double v : values) {
+            char expected[64];
+            std::snprintf(expected, sizeof expected, f.printf, v);
+            ASSERT_EQ(fixedText(v, f.precision, f.width, f.pad), expected) << f.printf << " " << v;
+        }
+    }
+    EXPECT_EQ(fixedText(2.5, 1, 4, ' ', "R"), "R 2.5");
+}
+
 // Displays without modes. The observer RMP (131) has no rule; heading keeps the whole part,
 // cut (the value text has already rounded 359.9999999); the chronometer divides in single
 // precision (double would give .17).
