@@ -1,8 +1,5 @@
 // Windows entry point of the module: it only notes a process exit, the core does the rest.
 #if defined(_WIN32)
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
 #include <windows.h>
 
 #include "platform/module_lifetime.h"
