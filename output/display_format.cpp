@@ -134,9 +134,10 @@ constexpr BaroSide kFirstOfficerBaro{out::kEfis2BaroStd, out::kEfis2BaroInch, di
 // Both displays of a side show the same text, taken from the side's flags and values.
 std::string baroText(const BaroSide& side, const OutputValues& values) {
     if (values.isSet(side.stdFlag)) return "std";
+    // The inch value is read as received: only the value text carries the display range, and
+    // fixedText blanks a number too long for its room instead of cutting it.
     if (values.isSet(side.inchFlag)) {
-        const double inches = displayRange(values.displayValue(side.inchValue)) / 100.0;
-        return fixedText(inches, 2, 0, ' ');
+        return fixedText(values.displayValue(side.inchValue) / 100.0, 2, 0, ' ');
     }
     return zeroPadded(truncated(values.displayValue(side.hpaValue)), 4);
 }

@@ -179,7 +179,8 @@ TEST_F(DisplayFormat, BaroSidesFollowTheirOwnFlagsAndValues) {
     expectTexts({{47, 1013, "std"}, {48, 2992, "std"}, {50, 2992, "1013"}, {49, 998, "0998"}});
     expectTexts({{49, std::nan(""), "0000"}});  // read beside the text, with the same guard
     setDigit(out::kEfis2BaroInch, 1.0);
-    expectTexts({{49, 998, "29.92"}});
+    expectTexts({{49, 998, "29.92"}, {50, 2e9, "20000000.00"}});  // the inch value has no guard
+    expectTexts({{50, 1e300, ""}});  // 299 digits: longer than any display, blank
     setDigit(out::kEfis2BaroStd, 1.0);
     expectTexts({{49, 998, "std"}});
 }
