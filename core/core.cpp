@@ -39,7 +39,9 @@ FenixA320Core::~FenixA320Core() {
         abandonWorkers();
         return;
     }
-    Stop();
+    // A real unload comes only after Stop gave the module reference back; with the reference
+    // still held this runs at process exit, where giving it back could unmap this very code.
+    halt();
 }
 
 void FenixA320Core::abandonWorkers() {
@@ -58,9 +60,9 @@ bool FenixA320Core::Start() {
         inputsBuilt = true;
     }
     if (running.load()) Stop();
-    // From here on worker threads run module code: the module stays loaded until the process
-    // ends, whatever the host does.
-    platform::pinModule();
+    // From here on worker threads run module code: a host that unloads without Stop must not
+    // unmap it under them.
+    selfReference.take();
     linkCheckCount.store(10);
 
     connectWorker.StopWorker();
@@ -92,6 +94,14 @@ bool FenixA320Core::Start() {
 }
 
 bool FenixA320Core::Stop() {
+    halt();
+    // No module code runs on another thread any more. The host that calls Stop holds its own
+    // reference to the module, so this is never the one whose release unmaps it.
+    selfReference.giveBack();
+    return true;
+}
+
+void FenixA320Core::halt() {
     running.store(false);
     if (simHandle.load() != nullptr) {
         UnregisterSimData();
@@ -114,7 +124,6 @@ bool FenixA320Core::Stop() {
 
     closeConnection();
     connected.store(false);
-    return true;
 }
 
 void FenixA320Core::resetLiveness(TimePoint now) {

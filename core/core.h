@@ -12,6 +12,7 @@
 #include "core/write_paths.h"
 #include "input/input_state.h"
 #include "output/output_state.h"
+#include "platform/module_lifetime.h"
 #include "platform/platform.h"
 #include "platform/simconnect_abi.h"
 #include "platform/simconnect_binding.h"
@@ -187,6 +188,11 @@ class FenixA320Core {
     OutputState output;
 
   private:
+    // Keeps the module loaded from Start until Stop has joined the workers.
+    platform::ModuleReference selfReference;
+
+    // Everything of Stop but giving back the module reference.
+    void halt();
     // At process exit on Windows the workers are already gone: let go of them without joining.
     void abandonWorkers();
     void resetLiveness(TimePoint now);

@@ -1,4 +1,4 @@
-// Module pinning and process-exit detection.
+// The module's reference to itself, and process-exit detection.
 #include "platform/module_lifetime.h"
 
 #include <atomic>
@@ -12,24 +12,36 @@
 namespace helmbridge::platform {
 namespace {
 
+// Also the address by which the loader finds the module that holds this code.
 std::atomic<bool> exiting{false};
 
 }  // namespace
 
-void pinModule() {
+void ModuleReference::take() {
+    if (handle_ != nullptr) return;
 #if defined(_WIN32)
     HMODULE self = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                       reinterpret_cast<LPCWSTR>(&pinModule), &self);
+    if (GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                           reinterpret_cast<LPCWSTR>(&exiting), &self)) {
+        handle_ = self;
+    }
 #else
     Dl_info info{};
-    if (dladdr(reinterpret_cast<void*>(&pinModule), &info) != 0 && info.dli_fname != nullptr) {
-        // Takes no new reference: only marks the loaded object as never to be unmapped.
-        if (void* handle = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE)) {
-            dlclose(handle);
-        }
+    if (dladdr(static_cast<void*>(&exiting), &info) != 0 && info.dli_fname != nullptr) {
+        // Finds the loaded module under the name it was loaded by and counts one more user.
+        handle_ = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
     }
 #endif
+}
+
+void ModuleReference::giveBack() {
+    if (handle_ == nullptr) return;
+#if defined(_WIN32)
+    FreeLibrary(static_cast<HMODULE>(handle_));
+#else
+    dlclose(handle_);
+#endif
+    handle_ = nullptr;
 }
 
 bool processExiting() { return exiting.load(); }

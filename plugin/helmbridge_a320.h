@@ -8,7 +8,8 @@
 //   5. While running, report hardware events (SetDigitIn, SetEncoder, SetAnalog) and call
 //      UpdateOutput at the host's own rate. Input functions and UpdateOutput may run on
 //      different host threads; Start and Stop must not overlap any other call.
-//   6. Stop, then unload (unloading stops the module once more).
+//   6. Stop, then unload. The module may then be loaded again: it starts as new. Unloaded
+//      without Stop, it stays loaded with its workers running until the process ends.
 //
 // Host and module share one C++ standard library and heap: standard-library objects cross the
 // boundary by value and by reference.
@@ -51,7 +52,8 @@ extern "C" {
 
 // Starts the worker threads and the simulator search; the argument is not read. Always true.
 HELMBRIDGE_API bool Start(std::vector<std::string> args);
-// Disconnects and joins the workers (up to about 1.2 s). Always true; idempotent.
+// Disconnects and joins the workers (up to about 1.2 s), and lets the module unload with the
+// host's next unload. Always true; idempotent.
 HELMBRIDGE_API bool Stop();
 // Runs one output cycle on the calling thread: every lamp, then every display, then every PWM
 // channel, in ascending id. False when not connected; true at once when connected but stopped.

@@ -31,7 +31,7 @@ constexpr int kTimedOut = -1000;
 constexpr int kNotStarted = -1001;
 
 // Runs the probe with a mode in a scratch directory; its exit code, or kTimedOut after killing it.
-int runProbe(const std::string& mode) {
+int runProbe(const std::string& mode, std::chrono::seconds timeout = kTimeout) {
     const fs::path directory = fs::temp_directory_path() / ("helmbridge_unload_" + mode + "_" +
 #if defined(_WIN32)
                                                             std::to_string(GetCurrentProcessId()));
@@ -53,7 +53,7 @@ int runProbe(const std::string& mode) {
     if (CreateProcessW(probe.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
                        nullptr, &startup, &info)) {
         const auto ms = static_cast<DWORD>(
-            std::chrono::duration_cast<std::chrono::milliseconds>(kTimeout).count());
+            std::chrono::duration_cast<std::chrono::milliseconds>(timeout).count());
         if (WaitForSingleObject(info.hProcess, ms) == WAIT_OBJECT_0) {
             DWORD code = 0;
             GetExitCodeProcess(info.hProcess, &code);
@@ -73,7 +73,7 @@ int runProbe(const std::string& mode) {
                                const_cast<char*>(where.c_str()), nullptr};
     pid_t pid = 0;
     if (posix_spawn(&pid, file.c_str(), nullptr, nullptr, argv.data(), environ) == 0) {
-        const auto until = std::chrono::steady_clock::now() + kTimeout;
+        const auto until = std::chrono::steady_clock::now() + timeout;
         int status = 0;
         for (;;) {
             const pid_t done = waitpid(pid, &status, WNOHANG);
@@ -96,20 +96,25 @@ int runProbe(const std::string& mode) {
     return result;
 }
 
-TEST(ModuleUnload, UnloadWithoutStartCallsNoSimulatorFunction) {
+TEST(ModuleUnload, UnloadWithoutStartCallsNoSimulatorFunctionAndUnmapsTheModule) {
     EXPECT_EQ(runProbe("never-started"), 0);
 }
 
-TEST(ModuleUnload, StopThenUnloadCallsNoSimulatorFunctionAndExitsCleanly) {
+TEST(ModuleUnload, StopThenUnloadUnmapsQuietlyAndALoadAgainStartsAFreshModule) {
     EXPECT_EQ(runProbe("stop-unload"), 0);
 }
 
-TEST(ModuleUnload, UnloadWithoutStopKeepsWorkersRunningAndExitsCleanly) {
+TEST(ModuleUnload, UnloadWithoutStopKeepsTheModuleAndItsWorkersAndExitsCleanly) {
     EXPECT_EQ(runProbe("unload-running"), 0);
 }
 
 TEST(ModuleUnload, ProcessExitWithWorkersRunningNeitherCrashesNorHangs) {
     EXPECT_EQ(runProbe("exit-running"), 0);
+}
+
+// Each Stop waits up to a second for the connection worker's pass.
+TEST(ModuleUnload, AHundredLoadStartStopUnloadCyclesLeaveNothingBehind) {
+    EXPECT_EQ(runProbe("cycles", std::chrono::seconds(900)), 0);
 }
 
 }  // namespace
