@@ -1,0 +1,2 @@
+// Windows is case-insensitive about header names; Linux is not.
+#include <windows.h>

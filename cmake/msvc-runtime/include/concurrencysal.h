@@ -1,0 +1,3 @@
+// Locking annotations live with the other source annotations.
+#pragma once
+#include <sal.h>
