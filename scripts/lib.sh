@@ -24,6 +24,13 @@ ensure_packages() {
                 command -v x86_64-w64-mingw32-objdump >/dev/null || missing+=(binutils-mingw-w64-x86-64)
                 [[ -x /usr/lib/wine/wine64 ]] || missing+=(wine64)
                 ;;
+            msvc)
+                command -v clang++-19 >/dev/null || missing+=(clang-19)
+                command -v lld-link-19 >/dev/null || missing+=(lld-19)
+                command -v llvm-dlltool-19 >/dev/null || missing+=(llvm-19)
+                [[ -f /usr/include/wine/wine/msvcrt/corecrt.h ]] || missing+=(libwine-dev)
+                [[ -x /usr/lib/wine/wine64 ]] || missing+=(wine64)
+                ;;
             bench)
                 [[ -f /usr/include/benchmark/benchmark.h ]] || missing+=(libbenchmark-dev)
                 ;;
@@ -39,6 +46,21 @@ ensure_packages() {
         as_root apt-get update -qq
         as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
             "${missing[@]}" >/dev/null
+    fi
+}
+
+# Microsoft's STL for the Visual C++-ABI build (preset clang-msvc): a dependency the project refers
+# to and never copies. HELMBRIDGE_MSVC_STL_DIR overrides where it is.
+MSVC_STL_DIR=${HELMBRIDGE_MSVC_STL_DIR:-$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)/shared/third_party/microsoft-stl}
+have_msvc_stl() { [[ -f "$MSVC_STL_DIR/stl/inc/yvals_core.h" ]]; }
+
+# Configures a preset; clang-msvc learns where the STL is.
+configure_preset() {
+    local preset=$1
+    if [[ "$preset" == clang-msvc ]]; then
+        cmake --preset "$preset" -DHELMBRIDGE_MSVC_STL_DIR="$MSVC_STL_DIR" >/dev/null
+    else
+        cmake --preset "$preset" >/dev/null
     fi
 }
 

@@ -1,29 +1,41 @@
 #!/usr/bin/env bash
 # The one test command: installs what is missing, then builds and tests every configuration
-# (native, ASan/UBSan, TSan, and the Windows build under Wine) and checks both export tables.
+# (native, ASan/UBSan, TSan, the Visual C++-ABI Windows build and the MinGW one under Wine) and
+# checks every module's export table.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/lib.sh
 
-ensure_packages build windows
-
-presets=(linux linux-asan linux-tsan mingw)
+presets=(linux linux-asan linux-tsan clang-msvc mingw)
 if [[ $# -gt 0 ]]; then presets=("$@"); fi
+
+groups=(build windows)
+if [[ " ${presets[*]} " == *" clang-msvc "* ]]; then
+    if have_msvc_stl; then
+        groups+=(msvc)
+    else
+        echo "skipping clang-msvc: Microsoft's STL not found in $MSVC_STL_DIR (set HELMBRIDGE_MSVC_STL_DIR)"
+        kept=()
+        for preset in "${presets[@]}"; do [[ "$preset" == clang-msvc ]] || kept+=("$preset"); done
+        presets=("${kept[@]}")
+    fi
+fi
+ensure_packages "${groups[@]}"
 
 for preset in "${presets[@]}"; do
     step "configure and build: $preset"
-    cmake --preset "$preset" >/dev/null
+    configure_preset "$preset"
     cmake --build --preset "$preset" -j "$(jobs)"
     case "$preset" in
         linux) check_exports_elf "build/linux/bin/libHelmBridgeA320.so" ;;
-        mingw) check_exports_pe "build/mingw/bin/HelmBridgeA320.dll" ;;
+        mingw | clang-msvc) check_exports_pe "build/$preset/bin/HelmBridgeA320.dll" ;;
     esac
 done
 
 status=0
 for preset in "${presets[@]}"; do
     step "test: $preset"
-    [[ "$preset" == mingw ]] && prepare_wine
+    [[ "$preset" == mingw || "$preset" == clang-msvc ]] && prepare_wine
     ctest --preset "$preset" -j "$(jobs)" 2>&1 | tee "build/$preset/ctest.log" | tail -n 25 \
         || true
     grep -q '100% tests passed' "build/$preset/ctest.log" || { echo "FAILED: $preset"; status=1; }
@@ -69,9 +81,9 @@ for preset in "${presets[@]}"; do
                 status=1
             fi
             ;;
-        mingw)
-            step "host tool: mingw"
-            demo_smoke_test mingw "$WINE" build/mingw/bin/helmbridge-host.exe
+        mingw | clang-msvc)
+            step "host tool: $preset"
+            demo_smoke_test "$preset" "$WINE" "build/$preset/bin/helmbridge-host.exe"
             ;;
     esac
 done

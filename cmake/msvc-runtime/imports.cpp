@@ -5,8 +5,8 @@
 
 // Declared under another name so that no header's import attribute applies; only the address is
 // taken, so the type does not matter.
-#define HELMBRIDGE_LOCAL_IMPORT(id, symbol)                            \
-    extern "C" void helmbridgeLocal_##id() __asm__(symbol);           \
+#define HELMBRIDGE_LOCAL_IMPORT(id, symbol)                                     \
+    extern "C" void helmbridgeLocal_##id() __asm__(symbol);                     \
     extern "C" void (*const helmbridgeImport_##id)() __asm__("__imp_" symbol) = \
         &helmbridgeLocal_##id;
 

@@ -1,14 +1,13 @@
 // Runtime functions that Wine 8's msvcp140 lacks or only stubs: they are left out of the
 // generated import library (MsvcRuntime.cmake) and defined here.
 #include <windows.h>
+#include <xtimec.h>
 
 #include <functional>
-#include <xtimec.h>
 
 namespace std {
 [[noreturn]] void __cdecl _Xbad_function_call() { throw bad_function_call(); }
 }  // namespace std
-
 
 // The system time with the resolution the STL's timed waits use; newer msvcp140s keep it
 // internal, so the STL's mutex and condition-variable sources built here need their own.

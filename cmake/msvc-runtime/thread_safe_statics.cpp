@@ -20,9 +20,12 @@ __declspec(allocate(".CRT$XLA")) PIMAGE_TLS_CALLBACK __xl_a = nullptr;
 __declspec(allocate(".CRT$XLZ")) PIMAGE_TLS_CALLBACK __xl_z = nullptr;
 
 // The linker points the image's TLS directory at this record.
-extern const IMAGE_TLS_DIRECTORY64 _tls_used = {
-    reinterpret_cast<ULONGLONG>(&_tls_start), reinterpret_cast<ULONGLONG>(&_tls_end),
-    reinterpret_cast<ULONGLONG>(&_tls_index), reinterpret_cast<ULONGLONG>(&__xl_a + 1), 0, 0};
+extern const IMAGE_TLS_DIRECTORY64 _tls_used = {reinterpret_cast<ULONGLONG>(&_tls_start),
+                                                reinterpret_cast<ULONGLONG>(&_tls_end),
+                                                reinterpret_cast<ULONGLONG>(&_tls_index),
+                                                reinterpret_cast<ULONGLONG>(&__xl_a + 1),
+                                                0,
+                                                0};
 
 int _Init_global_epoch = INT_MIN;
 __declspec(thread) int _Init_thread_epoch = INT_MIN;

@@ -12,8 +12,7 @@ struct __type_info_node {
 };
 __type_info_node __type_info_root_node{};
 
-extern "C" __declspec(dllimport) void __cdecl __std_type_info_destroy_list(
-    __type_info_node* root);
+extern "C" __declspec(dllimport) void __cdecl __std_type_info_destroy_list(__type_info_node* root);
 
 type_info::~type_info() noexcept {}
 

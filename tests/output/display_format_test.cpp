@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <initializer_list>
 #include <limits>
@@ -75,6 +76,32 @@ TEST_F(DisplayFormat, LightTestShowsEachDisplaysPatternBeforeAnyOtherRule) {
     }
 }
 
+// printf is the reference for the texts, except on exact binary ties under Wine 8's UCRT: it
+// rounds them away from zero, where glibc, MinGW and Windows' own UCRT (since Windows 10 2004)
+// round them to even, as the module does. There, ties are left to TiesRoundToEven.
+bool printfRoundsTiesToEven() {
+    char text[8];
+    std::snprintf(text, sizeof text, "%.1f", 0.25);
+    return std::string(text) == "0.2";
+}
+
+bool printfIsReference(double v, int precision) {
+    static const bool tiesToEven = printfRoundsTiesToEven();
+    const double scaled = std::fabs(v) * std::pow(10.0, precision);
+    return tiesToEven || scaled - std::floor(scaled) != 0.5;
+}
+
+TEST(DisplayText, TiesRoundToEven) {
+    EXPECT_EQ(fixedText(0.25, 1, 4, ' '), " 0.2");
+    EXPECT_EQ(fixedText(-0.25, 1, 0, ' '), "-0.2");
+    EXPECT_EQ(fixedText(0.75, 1, 0, ' '), "0.8");
+    EXPECT_EQ(fixedText(0.03125, 4, 7, '0'), "00.0312");
+    EXPECT_EQ(fixedText(-10.125, 2, 5, '0'), "-10.12");
+    ValueTextBuffer buffer;
+    EXPECT_EQ(displayValueText(0.0078125, buffer), "0.007812");
+    EXPECT_EQ(displayValueText(-0.0234375, buffer), "-0.023438");
+}
+
 TEST(DisplayValueText, MatchesPrintfFixedNotation) {
     std::vector<double> values = {
         0.0,       -0.0,      -1e-9,    250.0,   -1.5, 0.0078125, 2.5e-7,
@@ -87,6 +114,7 @@ TEST(DisplayValueText, MatchesPrintfFixedNotation) {
         values.push_back(static_cast<double>(micro % 100'000'000) / 128.0);  // exact ties
     }
     for (const double v : values) {
+        if (!printfIsReference(v, 6)) continue;
         char expected[32];
         std::snprintf(expected, sizeof expected, "%f", v);
         ValueTextBuffer buffer;
@@ -127,6 +155,7 @@ TEST(FixedText, MatchesPrintf) {
         {1, 0, ' ', "%.1f"},   {1, 9, '0', "%09.1f"}};  // zeros after the sign
     for (const Format& f : formats) {
         for (const double v : values) {
+            if (!printfIsReference(v, f.precision)) continue;
             char expected[64];
             std::snprintf(expected, sizeof expected, f.printf, v);
             ASSERT_EQ(fixedText(v, f.precision, f.width, f.pad), expected) << f.printf << " " << v;

@@ -5,7 +5,7 @@
 
 template <class T>
 class __crt_unique_heap_ptr {
-public:
+  public:
     __crt_unique_heap_ptr() noexcept = default;
     explicit __crt_unique_heap_ptr(T* owned) noexcept : block(owned) {}
     __crt_unique_heap_ptr(__crt_unique_heap_ptr&& other) noexcept : block(other.detach()) {}
@@ -28,7 +28,7 @@ public:
     }
     explicit operator bool() const noexcept { return block != nullptr; }
 
-private:
+  private:
     T* block = nullptr;
 };
 

@@ -54,8 +54,8 @@ inline bool signbit(_Ty _X) noexcept {
 
 #define HELMBRIDGE_LONG_DOUBLE_1(name) \
     inline long double name##l(long double x) { return name(static_cast<double>(x)); }
-#define HELMBRIDGE_LONG_DOUBLE_2(name)                              \
-    inline long double name##l(long double x, long double y) {      \
+#define HELMBRIDGE_LONG_DOUBLE_2(name)                               \
+    inline long double name##l(long double x, long double y) {       \
         return name(static_cast<double>(x), static_cast<double>(y)); \
     }
 extern "C" {

@@ -5,7 +5,7 @@
 extern "C" {
 long long __cdecl llabs(long long);
 __declspec(dllimport) unsigned int __cdecl _set_abort_behavior(unsigned int flags,
-                                                                unsigned int mask);
+                                                               unsigned int mask);
 }
 extern "C++" {
 inline long abs(long _X) noexcept { return labs(_X); }

@@ -1,13 +1,13 @@
 // Included before every source file: declarations that the UCRT's headers have and Wine's lack,
 // all of them exported by Wine's ucrtbase or vcruntime140.
 #pragma once
+#include <eh.h>
 #include <errno.h>
 #include <float.h>
 #include <stdarg.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <wchar.h>
-#include <eh.h>
 
 extern "C" {
 int __cdecl vfscanf(FILE*, const char*, va_list);
@@ -27,7 +27,6 @@ __declspec(noreturn) void __cdecl _invoke_watson(const wchar_t*, const wchar_t*,
 __declspec(dllimport) terminate_function __cdecl _get_terminate(void);
 unexpected_handler __cdecl _get_unexpected(void);
 }
-
 
 #ifndef FLT_TRUE_MIN
 #define FLT_TRUE_MIN 1.401298464e-45F

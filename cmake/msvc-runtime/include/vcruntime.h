@@ -3,10 +3,10 @@
 #pragma once
 #define _VCRUNTIME_H
 
-#include <sal.h>
 #include <corecrt.h>
-#include <vadefs.h>
+#include <sal.h>
 #include <stddef.h>
+#include <vadefs.h>
 
 #define _CRT_BEGIN_C_HEADER extern "C" {
 #define _CRT_END_C_HEADER }

@@ -16,7 +16,7 @@ __declspec(dllimport) void __cdecl __std_exception_destroy(__std_exception_data*
 namespace std {
 
 class exception {
-public:
+  public:
     exception() noexcept : _Data() {}
     explicit exception(const char* const _Message) noexcept : _Data() {
         const __std_exception_data _Init = {_Message, true};
@@ -39,26 +39,26 @@ public:
         return _Data._What ? _Data._What : "Unknown exception";
     }
 
-private:
+  private:
     __std_exception_data _Data;
 };
 
 class bad_exception : public exception {
-public:
+  public:
     bad_exception() noexcept : exception("bad exception", 1) {}
 };
 
 class bad_alloc : public exception {
-public:
+  public:
     bad_alloc() noexcept : exception("bad allocation", 1) {}
 
-private:
+  private:
     friend class bad_array_new_length;
     bad_alloc(const char* const _Message) noexcept : exception(_Message, 1) {}
 };
 
 class bad_array_new_length : public bad_alloc {
-public:
+  public:
     bad_array_new_length() noexcept : bad_alloc("bad array new length") {}
 };
 

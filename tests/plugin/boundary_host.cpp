@@ -1,0 +1,260 @@
+// A Visual C++ host at the module's boundary: loads the DLL with LoadLibrary, calls all nineteen
+// exports with real standard-library objects (maps that already hold entries, heap-sized
+// strings, callables stored inline and on the heap, callbacks replaced while running), and
+// destroys everything only after Stop and FreeLibrary. Run under Wine's heap checks, a block
+// freed through the wrong heap or freed twice shows as a warn:heap line, which fails the test.
+// Exit code 0 when every check held; each failed check prints one FAIL line.
+#include <windows.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "plugin/helmbridge_a320.h"
+#include "simulator/standin_control.h"
+
+// The layouts every Visual C++ 2015-2022 program uses; a MinGW or libc++ host has others.
+static_assert(sizeof(std::string) == 32);
+static_assert(sizeof(helmbridge::SigList) == 16);
+static_assert(sizeof(helmbridge::DisplayProc) == 64);
+static_assert(sizeof(std::vector<std::string>) == 24);
+
+namespace {
+
+using namespace helmbridge;
+using Clock = std::chrono::steady_clock;
+
+int failures = 0;
+
+void check(bool holds, const std::string& what) {
+    std::printf("%s %s\n", holds ? "ok  " : "FAIL", what.c_str());
+    std::fflush(stdout);
+    if (!holds) ++failures;
+}
+
+template <typename Condition>
+bool waitFor(Condition condition) {
+    const auto until = Clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (Clock::now() > until) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+struct Exports {
+    StartFn start = nullptr;
+    VoidFn stop = nullptr;
+    VoidFn updateOutput = nullptr;
+    VoidFn getConnectStatus = nullptr;
+    SetDigitInFn setDigitIn = nullptr;
+    SetEncoderFn setEncoder = nullptr;
+    SetAnalogFn setAnalog = nullptr;
+    SetDigitOutProcFn setDigitOutProc = nullptr;
+    SetDisplayProcFn setDisplayProc = nullptr;
+    SetServoProcFn setServoProc = nullptr;
+    SetServoProcFn setServoSpeedProc = nullptr;
+    SetPwmProcFn setPwmProc = nullptr;
+    std::array<std::pair<const char*, GetSigListFn>, 7> lists{};
+};
+
+template <typename Fn>
+Fn resolve(HMODULE module, const char* name, int& missing) {
+    auto* address = reinterpret_cast<void*>(GetProcAddress(module, name));
+    if (address == nullptr) ++missing;
+    return reinterpret_cast<Fn>(address);
+}
+
+Exports resolveAll(HMODULE module, int& missing) {
+    Exports e;
+    e.start = resolve<StartFn>(module, "Start", missing);
+    e.stop = resolve<VoidFn>(module, "Stop", missing);
+    e.updateOutput = resolve<VoidFn>(module, "UpdateOutput", missing);
+    e.getConnectStatus = resolve<VoidFn>(module, "GetConnectStatus", missing);
+    e.setDigitIn = resolve<SetDigitInFn>(module, "SetDigitIn", missing);
+    e.setEncoder = resolve<SetEncoderFn>(module, "SetEncoder", missing);
+    e.setAnalog = resolve<SetAnalogFn>(module, "SetAnalog", missing);
+    e.setDigitOutProc = resolve<SetDigitOutProcFn>(module, "SetDigitOutProc", missing);
+    e.setDisplayProc = resolve<SetDisplayProcFn>(module, "SetDisplayProc", missing);
+    e.setServoProc = resolve<SetServoProcFn>(module, "SetServoProc", missing);
+    e.setServoSpeedProc = resolve<SetServoProcFn>(module, "SetServoSpeedProc", missing);
+    e.setPwmProc = resolve<SetPwmProcFn>(module, "SetPwmProc", missing);
+    constexpr std::array<const char*, 7> kListNames = {
+        "GetDigitInSigList", "GetEncoderSigList", "GetAnalogSigList", "GetDigitOutSigList",
+        "GetDisplaySigList", "GetServoSigList",   "GetPwmSigList"};
+    for (std::size_t i = 0; i < kListNames.size(); ++i) {
+        e.lists[i] = {kListNames[i], resolve<GetSigListFn>(module, kListNames[i], missing)};
+    }
+    return e;
+}
+
+// A label long enough that every copy of it lives on the heap.
+const std::string kLongText(120, 'x');
+
+// Entries and last id of each list, in export order (digital outputs have no id 495).
+constexpr std::array<std::pair<std::size_t, int32_t>, 7> kListShapes = {
+    {{965, 964}, {44, 43}, {125, 124}, {501, 501}, {143, 142}, {5, 4}, {16, 15}}};
+
+// Each list call must replace whatever the host's map held with exactly the module's list.
+bool replacesWith(const SigList& list, std::pair<std::size_t, int32_t> shape) {
+    return list.size() == shape.first && !list.empty() && list.begin()->first == 0 &&
+           list.rbegin()->first == shape.second;
+}
+
+// What the callbacks saw; written on the host's thread and on the module's servo thread.
+struct Seen {
+    std::atomic<int> lamps{0};
+    std::atomic<bool> apLampOn{false};
+    std::map<unsigned, std::string> texts;  // UpdateOutput's thread only
+    std::atomic<int> servos{0};
+    std::atomic<int> servoSpeeds{0};
+    std::atomic<int> pwm{0};
+    std::atomic<int> replacedTexts{0};
+};
+
+// Captures too big for std::function's inline buffer: the callable lives on the heap that host
+// and module share, allocated by one side and freed by the other.
+struct BigCapture {
+    Seen* seen;
+    std::array<char, 256> padding;
+};
+
+constexpr unsigned kApLamp = 167;       // I_FCU_AP1
+constexpr unsigned kSpeedDisplay = 54;  // N_FCU_SPEED
+
+}  // namespace
+
+int main() {
+    std::filesystem::path directory;
+    {
+        wchar_t path[MAX_PATH] = {};
+        GetModuleFileNameW(nullptr, path, MAX_PATH);
+        directory = std::filesystem::path(path).parent_path();
+    }
+    // SimConnect.cfg in the current directory lets the module connect without a simulator
+    // process; the stand-in beside the module plays the simulator.
+    const std::filesystem::path work = directory / "boundary_host.work";
+    std::filesystem::create_directories(work);
+    std::ofstream(work / "SimConnect.cfg") << "[SimConnect]\n";
+    std::filesystem::current_path(work);
+    standinReset();
+    standinSetLVar("B_FCU_POWER", 1.0);
+    standinSetLVar("N_FCU_SPEED", 250.0);
+    standinSetLVar("I_FCU_AP1", 1.0);
+    standinStartFrameThread(30);
+
+    // Objects the host owns and destroys only after the module is gone.
+    std::array<SigList, 7> lists;
+    Seen seen;
+    std::vector<std::string> texts;
+
+    HMODULE module = LoadLibraryW((directory / "HelmBridgeA320.dll").c_str());
+    check(module != nullptr, "LoadLibrary HelmBridgeA320.dll");
+    if (module == nullptr) return 1;
+    int missing = 0;
+    const Exports e = resolveAll(module, missing);
+    check(missing == 0, "all nineteen exports resolve");
+    if (missing != 0) return 1;
+
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        lists[i] = {{-7, {"stale entry", kLongText}}, {1'000'000, {kLongText, "stale"}}};
+        const bool result = e.lists[i].second(lists[i]);
+        check(result && replacesWith(lists[i], kListShapes[i]),
+              std::string(e.lists[i].first) + " replaces the host's entries");
+    }
+    check(lists[3].at(kApLamp).first == "I_FCU_AP1", "digital output 167 is I_FCU_AP1");
+    check(lists[4].at(kSpeedDisplay).first == "N_FCU_SPEED", "display 54 is N_FCU_SPEED");
+    // A second call into a map the module filled: its nodes are freed by the module this time.
+    check(e.lists[4].second(lists[4]) && replacesWith(lists[4], kListShapes[4]),
+          "GetDisplaySigList into a map it filled before");
+
+    check(e.setDigitOutProc([&seen](unsigned id, bool on) {
+        ++seen.lamps;
+        if (id == kApLamp) seen.apLampOn = on;
+        return true;
+    }),
+          "SetDigitOutProc with an inline callable");
+    check(e.setDisplayProc([big = BigCapture{&seen, {}}](unsigned id, std::string text) {
+        big.seen->texts[id] = std::move(text);
+        return true;
+    }),
+          "SetDisplayProc with a heap callable");
+    check(e.setServoProc([&seen](unsigned, double) {
+        ++seen.servos;
+        return true;
+    }),
+          "SetServoProc with an inline callable");
+    check(e.setServoSpeedProc([big = BigCapture{&seen, {}}](unsigned, double) {
+        ++big.seen->servoSpeeds;
+        return true;
+    }),
+          "SetServoSpeedProc with a heap callable");
+    check(e.setPwmProc([big = BigCapture{&seen, {}}](unsigned, double) {
+        ++big.seen->pwm;
+        return true;
+    }),
+          "SetPwmProc with a heap callable");
+
+    std::vector<std::string> arguments(8, kLongText);
+    check(e.start(std::move(arguments)), "Start with heap strings");
+    check(waitFor([&] { return e.getConnectStatus(); }), "connects to the stand-in");
+
+    const bool speedShown = waitFor([&] {
+        e.updateOutput();
+        const auto text = seen.texts.find(kSpeedDisplay);
+        return text != seen.texts.end() && text->second == "250" && seen.apLampOn.load();
+    });
+    check(speedShown, "UpdateOutput shows speed \"250\" and the AP1 lamp on");
+    check(seen.lamps > 0 && seen.pwm > 0, "UpdateOutput calls the lamp and PWM callbacks");
+    check(waitFor([&] { return seen.servos > 0; }), "servo positions arrive from the module");
+
+    // Replaced while running: the module destroys the callables it held and keeps the new ones.
+    check(e.setDisplayProc([big = BigCapture{&seen, {}}](unsigned id, std::string text) {
+        if (id == kSpeedDisplay) big.seen->texts[id] = "replaced " + text;
+        ++big.seen->replacedTexts;
+        return true;
+    }),
+          "SetDisplayProc replaced while running");
+    check(e.setDigitOutProc([&seen](unsigned, bool) {
+        ++seen.lamps;
+        return true;
+    }),
+          "SetDigitOutProc replaced while running");
+    standinSetLVar("N_FCU_SPEED", 251.0);
+    check(waitFor([&] {
+              e.updateOutput();
+              return seen.texts[kSpeedDisplay] == "replaced 251";
+          }),
+          "the replaced display callback gets the new text");
+    texts.push_back(seen.texts[kSpeedDisplay]);
+
+    check(!e.setDigitIn(1, true) && !e.setEncoder(5, 1) && !e.setAnalog(1, 0.5),
+          "input exports return false");
+    check(e.stop(), "Stop");
+    check(!e.getConnectStatus(), "disconnected after Stop");
+    standinStopFrameThread();
+
+    check(FreeLibrary(module) != 0, "FreeLibrary");
+    check(GetModuleHandleW(L"HelmBridgeA320.dll") == nullptr, "the module is unloaded");
+
+    // The host now destroys the maps whose nodes the module allocated, the texts it sent and
+    // its own callables; the heap must still be whole.
+    for (auto& list : lists) list.clear();
+    seen.texts.clear();
+    texts.clear();
+    check(HeapValidate(GetProcessHeap(), 0, nullptr) != 0, "the process heap is intact");
+    std::error_code ignored;
+    std::filesystem::current_path(directory, ignored);
+    std::filesystem::remove_all(work, ignored);
+    std::printf("boundary host: %d failed checks\n", failures);
+    return failures == 0 ? 0 : 1;
+}
