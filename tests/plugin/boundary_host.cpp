@@ -1,7 +1,7 @@
-// A Visual C++ host at the module's boundary: loads the DLL with LoadLibrary, calls all nineteen
-// exports with real standard-library objects (maps that already hold entries, heap-sized
-// strings, callables stored inline and on the heap, callbacks replaced while running), and
-// destroys everything only after Stop and FreeLibrary. Run under Wine's heap checks, a block
+// A Visual C++ host at the module's boundary: loads the DLL with LoadLibrary (the host tool's
+// loader), calls all nineteen exports with real standard-library objects (maps that already
+// hold entries, heap-sized strings, callables stored inline and on the heap, callbacks replaced
+// while running), and destroys everything only after Stop and FreeLibrary. Run under Wine's heap checks, a block
 // freed through the wrong heap or freed twice shows as a warn:heap line, which fails the test.
 // Exit code 0 when every check held; each failed check prints one FAIL line.
 #include <windows.h>
@@ -14,12 +14,13 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include "plugin/helmbridge_a320.h"
+#include "host/module.h"
 #include "simulator/standin_control.h"
 
 // The layouts every Visual C++ 2015-2022 program uses; a MinGW or libc++ host has others.
@@ -49,52 +50,6 @@ bool waitFor(Condition condition) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return true;
-}
-
-struct Exports {
-    StartFn start = nullptr;
-    VoidFn stop = nullptr;
-    VoidFn updateOutput = nullptr;
-    VoidFn getConnectStatus = nullptr;
-    SetDigitInFn setDigitIn = nullptr;
-    SetEncoderFn setEncoder = nullptr;
-    SetAnalogFn setAnalog = nullptr;
-    SetDigitOutProcFn setDigitOutProc = nullptr;
-    SetDisplayProcFn setDisplayProc = nullptr;
-    SetServoProcFn setServoProc = nullptr;
-    SetServoProcFn setServoSpeedProc = nullptr;
-    SetPwmProcFn setPwmProc = nullptr;
-    std::array<std::pair<const char*, GetSigListFn>, 7> lists{};
-};
-
-template <typename Fn>
-Fn resolve(HMODULE module, const char* name, int& missing) {
-    auto* address = reinterpret_cast<void*>(GetProcAddress(module, name));
-    if (address == nullptr) ++missing;
-    return reinterpret_cast<Fn>(address);
-}
-
-Exports resolveAll(HMODULE module, int& missing) {
-    Exports e;
-    e.start = resolve<StartFn>(module, "Start", missing);
-    e.stop = resolve<VoidFn>(module, "Stop", missing);
-    e.updateOutput = resolve<VoidFn>(module, "UpdateOutput", missing);
-    e.getConnectStatus = resolve<VoidFn>(module, "GetConnectStatus", missing);
-    e.setDigitIn = resolve<SetDigitInFn>(module, "SetDigitIn", missing);
-    e.setEncoder = resolve<SetEncoderFn>(module, "SetEncoder", missing);
-    e.setAnalog = resolve<SetAnalogFn>(module, "SetAnalog", missing);
-    e.setDigitOutProc = resolve<SetDigitOutProcFn>(module, "SetDigitOutProc", missing);
-    e.setDisplayProc = resolve<SetDisplayProcFn>(module, "SetDisplayProc", missing);
-    e.setServoProc = resolve<SetServoProcFn>(module, "SetServoProc", missing);
-    e.setServoSpeedProc = resolve<SetServoProcFn>(module, "SetServoSpeedProc", missing);
-    e.setPwmProc = resolve<SetPwmProcFn>(module, "SetPwmProc", missing);
-    constexpr std::array<const char*, 7> kListNames = {
-        "GetDigitInSigList", "GetEncoderSigList", "GetAnalogSigList", "GetDigitOutSigList",
-        "GetDisplaySigList", "GetServoSigList",   "GetPwmSigList"};
-    for (std::size_t i = 0; i < kListNames.size(); ++i) {
-        e.lists[i] = {kListNames[i], resolve<GetSigListFn>(module, kListNames[i], missing)};
-    }
-    return e;
 }
 
 // A label long enough that every copy of it lives on the heap.
@@ -157,24 +112,24 @@ int main() {
     Seen seen;
     std::vector<std::string> texts;
 
-    HMODULE module = LoadLibraryW((directory / "HelmBridgeA320.dll").c_str());
-    check(module != nullptr, "LoadLibrary HelmBridgeA320.dll");
-    if (module == nullptr) return 1;
-    int missing = 0;
-    const Exports e = resolveAll(module, missing);
-    check(missing == 0, "all nineteen exports resolve");
-    if (missing != 0) return 1;
+    auto module = std::make_unique<host::Module>();
+    std::string error;
+    const bool loaded = module->load(directory / "HelmBridgeA320.dll", error);
+    check(loaded, "LoadLibrary HelmBridgeA320.dll and its nineteen exports " + error);
+    if (!loaded) return 1;
+    const host::Exports& e = module->exports();
 
     for (std::size_t i = 0; i < lists.size(); ++i) {
         lists[i] = {{-7, {"stale entry", kLongText}}, {1'000'000, {kLongText, "stale"}}};
-        const bool result = e.lists[i].second(lists[i]);
-        check(result && replacesWith(lists[i], kListShapes[i]),
-              std::string(e.lists[i].first) + " replaces the host's entries");
+        const bool result = e.getList[i](lists[i]);
+        check(
+            result && replacesWith(lists[i], kListShapes[i]),
+            std::string(host::listName(host::kAllLists[i])) + " list replaces the host's entries");
     }
     check(lists[3].at(kApLamp).first == "I_FCU_AP1", "digital output 167 is I_FCU_AP1");
     check(lists[4].at(kSpeedDisplay).first == "N_FCU_SPEED", "display 54 is N_FCU_SPEED");
     // A second call into a map the module filled: its nodes are freed by the module this time.
-    check(e.lists[4].second(lists[4]) && replacesWith(lists[4], kListShapes[4]),
+    check(e.getList[4](lists[4]) && replacesWith(lists[4], kListShapes[4]),
           "GetDisplaySigList into a map it filled before");
 
     check(e.setDigitOutProc([&seen](unsigned id, bool on) {
@@ -243,8 +198,8 @@ int main() {
     check(!e.getConnectStatus(), "disconnected after Stop");
     standinStopFrameThread();
 
-    check(FreeLibrary(module) != 0, "FreeLibrary");
-    check(GetModuleHandleW(L"HelmBridgeA320.dll") == nullptr, "the module is unloaded");
+    module.reset();  // FreeLibrary
+    check(GetModuleHandleW(L"HelmBridgeA320.dll") == nullptr, "FreeLibrary unloads the module");
 
     // The host now destroys the maps whose nodes the module allocated, the texts it sent and
     // its own callables; the heap must still be whole.
