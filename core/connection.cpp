@@ -117,6 +117,11 @@ void FenixA320Core::reconnect() {
     if (api == nullptr) {
         api = seam.bindSimConnect();
         simApi.store(api);
+        if (api == nullptr && seam.simConnectSearchReport != nullptr &&
+            !searchReported.exchange(true)) {
+            const std::string line = "[HelmBridge] " + seam.simConnectSearchReport() + "\n";
+            seam.debugOutput(line.c_str());
+        }
     }
     {
         std::lock_guard lock(simMutex);

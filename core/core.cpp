@@ -64,6 +64,7 @@ bool FenixA320Core::Start() {
     // unmap it under them.
     selfReference.take();
     linkCheckCount.store(10);
+    searchReported.store(false);
 
     connectWorker.StopWorker();
     dispatchWorker.StopWorker();

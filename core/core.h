@@ -137,6 +137,8 @@ class FenixA320Core {
 
     const platform::Platform& seam;
     std::atomic<const platform::SimConnectApi*> simApi{nullptr};
+    // The failed search for the client library is reported once per Start, not on every attempt.
+    std::atomic<bool> searchReported{false};
     std::atomic<void*> simHandle{nullptr};
     // Held by every SimConnect call, so closing waits for a call in progress and no call is ever
     // made on a closed handle. Recursive: message handling runs inside CallDispatch and calls in.

@@ -133,7 +133,7 @@ bool isSimulatorProcessName(std::wstring_view executable) { return matchesSimula
 
 const Platform& systemPlatform() {
     static constexpr Platform kSystem{&bindSimConnect, &probeSystemProcesses, &systemCfgPresent,
-                                      &systemDebugOutput};
+                                      &systemDebugOutput, &simConnectSearchReport};
     return kSystem;
 }
 

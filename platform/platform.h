@@ -1,6 +1,7 @@
 // The narrow seam through which the core reaches the operating system and the client library.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "platform/simconnect_binding.h"
@@ -25,6 +26,8 @@ struct Platform {
     bool (*simConnectCfgPresent)();
     // One line for a debugger (Windows) or standard error (elsewhere); text is NUL-terminated.
     void (*debugOutput)(const char* text);
+    // See simConnectSearchReport(): why the client library could not be bound. May be null.
+    std::string (*simConnectSearchReport)() = nullptr;
 };
 
 // The table of the system the module runs on.

@@ -2,6 +2,7 @@
 #include "platform/simconnect_binding.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <mutex>
 #include <string>
 
@@ -65,6 +66,40 @@ bool resolveAll(LibraryHandle library, SimConnectApi& api) {
 // Any address inside this module serves to find the module's file.
 void addressInThisModule() {}
 
+// The value of an environment variable as a path; empty when it is not set.
+std::filesystem::path environmentPath(const char* name) {
+#if defined(_WIN32)
+    const std::wstring wide(name, name + std::char_traits<char>::length(name));
+    const DWORD size = GetEnvironmentVariableW(wide.c_str(), nullptr, 0);
+    if (size == 0) return {};
+    std::wstring value(size, L'\0');
+    const DWORD length = GetEnvironmentVariableW(wide.c_str(), value.data(), size);
+    if (length == 0 || length >= size) return {};
+    value.resize(length);
+    return value;
+#else
+    const char* value = std::getenv(name);
+    return value != nullptr ? std::filesystem::path(value) : std::filesystem::path{};
+#endif
+}
+
+std::string displayPath(const std::filesystem::path& file) {
+    const std::u8string text = file.u8string();
+    return std::string(text.begin(), text.end());
+}
+
+const char* outcome(BindStatus status) {
+    switch (status) {
+        case BindStatus::kBound:
+            return "loaded";
+        case BindStatus::kLibraryMissing:
+            return "missing or not loadable";
+        case BindStatus::kFunctionMissing:
+            return "lacks a SimConnect function";
+    }
+    return "";
+}
+
 }  // namespace
 
 std::filesystem::path moduleDirectory() {
@@ -122,26 +157,72 @@ BindStatus bindSimConnectLibrary(const std::filesystem::path& file, SimConnectAp
     return BindStatus::kBound;
 }
 
+std::vector<SearchPlace> simConnectSearchPlaces(const std::filesystem::path& moduleDirectory,
+                                                const std::filesystem::path& sdk2024,
+                                                const std::filesystem::path& sdk2020) {
+    const std::filesystem::path name(kSimConnectLibraryName);
+    const auto inSdk = [&name](const std::filesystem::path& sdk) {
+        return sdk.empty() ? sdk : sdk / "SimConnect SDK" / "lib" / name;
+    };
+    std::vector<SearchPlace> places;
+    if (!moduleDirectory.empty()) places.push_back({"next to the module", moduleDirectory / name});
+    places.push_back({"search path", name});
+    places.push_back({"MSFS2024_SDK", inSdk(sdk2024)});
+    places.push_back({"MSFS_SDK", inSdk(sdk2020)});
+    return places;
+}
+
+BindStatus bindFirst(const std::vector<SearchPlace>& places, SimConnectApi& api,
+                     std::string& report) {
+    api = SimConnectApi{};
+    report = std::string(kSimConnectLibraryName) + " not loaded; tried";
+    BindStatus last = BindStatus::kLibraryMissing;
+    const char* separator = ": ";
+    for (const SearchPlace& place : places) {
+        report += separator;
+        separator = "; ";
+        report += place.where;
+        if (place.file.empty()) {
+            report += " (not set)";
+            continue;
+        }
+        last = bindSimConnectLibrary(place.file, api);
+        if (last == BindStatus::kBound) {
+            report.clear();
+            return last;
+        }
+        report += " " + displayPath(place.file) + " (" + outcome(last) + ")";
+    }
+    return last;
+}
+
+namespace {
+
+std::mutex bindMutex;
+std::string lastReport;  // guarded by bindMutex
+
+}  // namespace
+
 const SimConnectApi* bindSimConnect() {
     static std::atomic<const SimConnectApi*> bound{nullptr};
-    static std::mutex bindMutex;
     static SimConnectApi api;
 
     if (const SimConnectApi* known = bound.load(std::memory_order_acquire)) return known;
     std::lock_guard lock(bindMutex);
     if (const SimConnectApi* known = bound.load(std::memory_order_relaxed)) return known;
 
-    const std::filesystem::path name(kSimConnectLibraryName);
-    const std::filesystem::path directory = moduleDirectory();
+    const auto places = simConnectSearchPlaces(moduleDirectory(), environmentPath("MSFS2024_SDK"),
+                                               environmentPath("MSFS_SDK"));
     SimConnectApi candidate;
-    if ((!directory.empty() &&
-         bindSimConnectLibrary(directory / name, candidate) == BindStatus::kBound) ||
-        bindSimConnectLibrary(name, candidate) == BindStatus::kBound) {
-        api = candidate;
-        bound.store(&api, std::memory_order_release);
-        return &api;
-    }
-    return nullptr;
+    if (bindFirst(places, candidate, lastReport) != BindStatus::kBound) return nullptr;
+    api = candidate;
+    bound.store(&api, std::memory_order_release);
+    return &api;
+}
+
+std::string simConnectSearchReport() {
+    std::lock_guard lock(bindMutex);
+    return lastReport;
 }
 
 }  // namespace helmbridge::platform

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "platform/simconnect_abi.h"
 
@@ -27,12 +29,16 @@ inline constexpr const char* kSimConnectLibraryName = "SimConnect.dll";
 inline constexpr const char* kSimConnectLibraryName = "libSimConnect.so";
 #endif
 
-// Binds the client library: first the file next to the module (the file that holds this code),
-// then the platform's default library search. Returns null while the library or any of the ten
-// functions is missing, so a caller simply tries again at its next attempt. Once bound, every
-// later call returns the same table without searching; the library stays loaded for the rest of
-// the process. Safe to call from any thread.
+// Binds the client library from the first place of simConnectSearchPlaces() that holds a
+// loadable library with all ten functions. Returns null while there is none, so a caller simply
+// tries again at its next attempt; simConnectSearchReport() then says what was tried. Once bound,
+// every later call returns the same table without searching; the library stays loaded for the
+// rest of the process. Safe to call from any thread.
 const SimConnectApi* bindSimConnect();
+
+// One line naming every place the last unsuccessful bindSimConnect() tried and why each failed;
+// empty when the library is bound or no search was made.
+std::string simConnectSearchReport();
 
 enum class BindStatus { kBound, kLibraryMissing, kFunctionMissing };
 
@@ -40,6 +46,25 @@ enum class BindStatus { kBound, kLibraryMissing, kFunctionMissing };
 // functions into `api`. A library that lacks a function is released again and `api` is left
 // empty; a bound one is never released.
 BindStatus bindSimConnectLibrary(const std::filesystem::path& file, SimConnectApi& api);
+
+// A place to look for the client library. An empty file stands for an SDK variable that is not
+// set; a bare file name for the system's own search (on Windows the host's folder first, as for
+// a linked import).
+struct SearchPlace {
+    std::string where;  // "next to the module", "search path", "MSFS2024_SDK", "MSFS_SDK"
+    std::filesystem::path file;
+};
+
+// The search order: next to the module, the system's search, then the SimConnect SDKs that the
+// SDK installers name in MSFS2024_SDK and MSFS_SDK ("<SDK>/SimConnect SDK/lib/").
+std::vector<SearchPlace> simConnectSearchPlaces(const std::filesystem::path& moduleDirectory,
+                                                const std::filesystem::path& sdk2024,
+                                                const std::filesystem::path& sdk2020);
+
+// Binds from the first place that works; otherwise leaves `api` empty and `report` naming each
+// place with its outcome.
+BindStatus bindFirst(const std::vector<SearchPlace>& places, SimConnectApi& api,
+                     std::string& report);
 
 // Directory of the module file (the executable when this code is linked into one); empty when
 // it cannot be found.

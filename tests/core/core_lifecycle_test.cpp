@@ -1,7 +1,11 @@
 // Start and stop of the core: worker threads, write-path reset and liveness reset.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <mutex>
+#include <string>
 #include <thread>
 
 #include "core/core.h"
@@ -75,6 +79,40 @@ TEST(CoreLifecycle, StartSetsPeriodsAndFirstConnectAttempt) {
     EXPECT_EQ(core.writerWorker.periodMs, 5);
     EXPECT_TRUE(core.inputsBuilt);
     core.Stop();
+}
+
+// Without a client library every connection attempt fails; the places searched go to the
+// debugger once per Start, not once per attempt.
+TEST(CoreLifecycle, MissingClientLibraryIsReportedOncePerStart) {
+    static std::atomic<int> lines{0};
+    static std::mutex lastMutex;
+    static std::string last;
+    lines = 0;
+    const platform::Platform noLibrary{
+        []() -> const platform::SimConnectApi* { return nullptr; },
+        [] { return platform::ProbeResult::kFound; }, [] { return false; },
+        [](const char* text) {
+            std::lock_guard lock(lastMutex);
+            last = text;
+            ++lines;
+        },
+        [] { return std::string("SimConnect.dll not loaded; tried: here (missing)"); }};
+    FenixA320Core core{noLibrary};
+    core.linkCheckCount = 10;  // as Start leaves it: the first pass attempts
+    for (int s = 0; s <= 10; ++s) core.connectPass(TimePoint{} + std::chrono::seconds(s));
+    EXPECT_EQ(lines, 1);  // three attempts
+    {
+        std::lock_guard lock(lastMutex);
+        EXPECT_EQ(last, "[HelmBridge] SimConnect.dll not loaded; tried: here (missing)\n");
+    }
+    core.Start();
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (lines < 2 && std::chrono::steady_clock::now() < until) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    core.Stop();
+    EXPECT_EQ(lines, 2);
+    EXPECT_FALSE(core.connected);
 }
 
 TEST(CoreLifecycle, RestartKeepsInputObjectsAndResetsState) {

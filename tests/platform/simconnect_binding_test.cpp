@@ -64,3 +64,46 @@ TEST(SimConnectBinding, FileInTheModuleDirectoryBindsAllTenFunctionsOrNone) {
         EXPECT_EQ(boundCount(api), c.bound) << c.file;
     }
 }
+
+// Next to the module, the system's search, then the two SDKs; an SDK variable that is not set
+// is a place with no file.
+TEST(SimConnectBinding, SearchesNextToTheModuleThenTheSystemThenTheSdks) {
+    const std::filesystem::path name(platform::kSimConnectLibraryName);
+    const std::filesystem::path lib = std::filesystem::path("SimConnect SDK") / "lib" / name;
+    const auto places = platform::simConnectSearchPlaces("mod", "sdk24", "");
+    ASSERT_EQ(places.size(), 4u);
+    const std::pair<const char*, std::filesystem::path> expected[] = {
+        {"next to the module", std::filesystem::path("mod") / name},
+        {"search path", name},
+        {"MSFS2024_SDK", "sdk24" / lib},
+        {"MSFS_SDK", ""}};
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        EXPECT_EQ(places[i].where, expected[i].first);
+        EXPECT_EQ(places[i].file, expected[i].second) << places[i].where;
+    }
+    // Without a module directory the system's search comes first.
+    EXPECT_EQ(platform::simConnectSearchPlaces("", "", "").front().where, "search path");
+}
+
+TEST(SimConnectBinding, FirstWorkingPlaceBindsAndAFailedSearchNamesEveryPlace) {
+    const std::filesystem::path directory = platform::moduleDirectory();
+    const platform::SearchPlace missing{"next to the module", directory / "none" / "x.dll"};
+    const platform::SearchPlace unset{"MSFS2024_SDK", ""};
+    const platform::SearchPlace nine{"MSFS_SDK", directory / HELMBRIDGE_NINE_FUNCTIONS_FILE};
+    const platform::SearchPlace standin{"search path",
+                                        directory / platform::kSimConnectLibraryName};
+    platform::SimConnectApi api;
+    std::string report;
+    EXPECT_EQ(platform::bindFirst({missing, unset, nine}, api, report),
+              platform::BindStatus::kFunctionMissing);
+    EXPECT_EQ(boundCount(api), 0);
+    for (const char* part :
+         {"not loaded; tried: next to the module ", "x.dll (missing",
+          "; MSFS2024_SDK (not set); MSFS_SDK ", "(lacks a SimConnect function)"}) {
+        EXPECT_NE(report.find(part), std::string::npos) << part << " in " << report;
+    }
+    EXPECT_EQ(platform::bindFirst({missing, standin, nine}, api, report),
+              platform::BindStatus::kBound);
+    EXPECT_EQ(boundCount(api), 10);
+    EXPECT_EQ(report, "");
+}
