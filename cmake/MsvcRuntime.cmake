@@ -35,9 +35,9 @@ file(MAKE_DIRECTORY "${helmbridge_import_dir}")
 set(HELMBRIDGE_IMPORT_LIBS "")
 set(taken ${helmbridge_local_runtime_symbols})
 # Other system DLLs get an import library too, for the targets that name them (psapi: memory
-# counters in the unload tests).
+# counters in the unload tests; version: file versions in the host tool).
 set(helmbridge_runtime_dlls vcruntime140 vcruntime140_1 ucrtbase msvcp140 kernel32)
-foreach(dll ${helmbridge_runtime_dlls} psapi)
+foreach(dll ${helmbridge_runtime_dlls} psapi version)
     set(dll_file "${HELMBRIDGE_WINE_DLL_DIR}/${dll}.dll")
     execute_process(COMMAND "${HELMBRIDGE_OBJDUMP}" -p "${dll_file}"
                     OUTPUT_VARIABLE table RESULT_VARIABLE failed)

@@ -7,6 +7,7 @@
 
 #include "host/bench.h"
 #include "host/demo.h"
+#include "host/doctor.h"
 #include "host/module.h"
 #include "host/signals.h"
 #include "host/system.h"
@@ -44,8 +45,17 @@ const char* const kUsage =
     "      --standin flies the demo aircraft on the simulator stand-in beside the module, so\n"
     "      that bindings can be checked without a simulator. A bad line ends a piped script\n"
     "      with exit code 2; typed at a terminal it is only reported.\n"
+    "  doctor [--standin] [--seconds N]\n"
+    "      Checks, one line each (ok, warn or FAIL with what to do), what the module needs:\n"
+    "      that it loads with its nineteen functions, which SimConnect client library its\n"
+    "      search finds and that the library's ten functions resolve, the Visual C++ runtime,\n"
+    "      a running simulator or a SimConnect.cfg here; then starts the module and waits up\n"
+    "      to N seconds (default 10) for the connection, the first lamps and displays and the\n"
+    "      aircraft, and stops it. --standin checks against the simulator stand-in beside the\n"
+    "      module. Exit code 1 when a check failed.\n"
     "\n"
-    "exit codes: 0 done, 1 a demo check failed, 2 bad usage or the module cannot be used\n";
+    "exit codes: 0 done, 1 a demo or doctor check failed, 2 bad usage or the module cannot\n"
+    "be used\n";
 
 int usageError(const std::string& message) {
     std::cerr << "helmbridge-host: " << message << " (--help for usage)\n";
@@ -126,6 +136,29 @@ int runCommand(const std::filesystem::path& modulePath, const std::vector<std::s
     return runBench(options, std::cin, std::cout, std::cerr);
 }
 
+int doctorCommand(const std::filesystem::path& modulePath, const std::vector<std::string>& args) {
+    DoctorOptions options;
+    options.module = modulePath;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        if (args[i] == "--standin") {
+            options.standin = true;
+        } else if (args[i] == "--seconds") {
+            if (i + 1 >= args.size()) return usageError("--seconds needs a value");
+            const std::string& value = args[++i];
+            char* end = nullptr;
+            const double seconds = std::strtod(value.c_str(), &end);
+            if (value.empty() || *end != '\0' || !(seconds > 0.0 && seconds <= 600.0)) {
+                return usageError("--seconds takes a number of seconds above 0, up to 600, not '" +
+                                  value + "'");
+            }
+            options.seconds = seconds;
+        } else {
+            return usageError("doctor does not take '" + args[i] + "'");
+        }
+    }
+    return runDoctor(options, std::cout);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -152,5 +185,6 @@ int main(int argc, char** argv) {
     if (command == "signals") return signalsCommand(modulePath, args);
     if (command == "demo") return demoCommand(modulePath, args);
     if (command == "run") return runCommand(modulePath, args);
+    if (command == "doctor") return doctorCommand(modulePath, args);
     return usageError("unknown command '" + command + "'");
 }

@@ -39,6 +39,7 @@ bool StandinSession::open(const std::filesystem::path& moduleDirectory, std::str
     resolve(library_, "standinCall", api_.call);
     resolve(library_, "standinClearCalls", api_.clearCalls);
     resolve(library_, "standinOpenConnectionCount", api_.openConnectionCount);
+    resolve(library_, "standinSetTitle", api_.setTitle);
     if (!api_.complete()) {
         error = path_.string() + " is not the simulator stand-in (a real SimConnect library?)";
         library_.close();

@@ -34,6 +34,8 @@ class StandinSession {
     // Resets the stand-in, puts the demo aircraft on it and starts real-time frames.
     void startSimulator(demo::DemoSimulator::Options options);
     demo::DemoSimulator* simulator() { return simulator_.get(); }
+    // The aircraft title the simulator reports.
+    void setTitle(const char* title) { api_.setTitle(title); }
 
     // Stops the frames and leaves and removes the temporary directory. Stop the module first.
     void stop();

@@ -172,6 +172,11 @@ std::vector<SearchPlace> simConnectSearchPlaces(const std::filesystem::path& mod
     return places;
 }
 
+std::vector<SearchPlace> simConnectSearchPlaces(const std::filesystem::path& moduleDirectory) {
+    return simConnectSearchPlaces(moduleDirectory, environmentPath("MSFS2024_SDK"),
+                                  environmentPath("MSFS_SDK"));
+}
+
 BindStatus bindFirst(const std::vector<SearchPlace>& places, SimConnectApi& api,
                      std::string& report) {
     api = SimConnectApi{};
@@ -211,8 +216,7 @@ const SimConnectApi* bindSimConnect() {
     std::lock_guard lock(bindMutex);
     if (const SimConnectApi* known = bound.load(std::memory_order_relaxed)) return known;
 
-    const auto places = simConnectSearchPlaces(moduleDirectory(), environmentPath("MSFS2024_SDK"),
-                                               environmentPath("MSFS_SDK"));
+    const auto places = simConnectSearchPlaces(moduleDirectory());
     SimConnectApi candidate;
     if (bindFirst(places, candidate, lastReport) != BindStatus::kBound) return nullptr;
     api = candidate;

@@ -61,6 +61,9 @@ std::vector<SearchPlace> simConnectSearchPlaces(const std::filesystem::path& mod
                                                 const std::filesystem::path& sdk2024,
                                                 const std::filesystem::path& sdk2020);
 
+// The same, for a module in `moduleDirectory`, with the SDKs this process's environment names.
+std::vector<SearchPlace> simConnectSearchPlaces(const std::filesystem::path& moduleDirectory);
+
 // Binds from the first place that works; otherwise leaves `api` empty and `report` naming each
 // place with its outcome.
 BindStatus bindFirst(const std::vector<SearchPlace>& places, SimConnectApi& api,

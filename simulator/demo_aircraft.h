@@ -30,10 +30,11 @@ struct StandinApi {
     int (*call)(uint64_t, StandinCall*) = nullptr;
     void (*clearCalls)(void) = nullptr;
     uint32_t (*openConnectionCount)(void) = nullptr;
+    void (*setTitle)(const char*) = nullptr;
 
     bool complete() const {
         return reset && runFrames && setFramesPerSecond && frameCount && setLVar && getLVar &&
-               callCount && call && clearCalls && openConnectionCount;
+               callCount && call && clearCalls && openConnectionCount && setTitle;
     }
 };
 
@@ -50,6 +51,7 @@ inline StandinApi linkedStandin() {
     api.call = &standinCall;
     api.clearCalls = &standinClearCalls;
     api.openConnectionCount = &standinOpenConnectionCount;
+    api.setTitle = &standinSetTitle;
     return api;
 }
 

@@ -43,8 +43,10 @@ inline std::vector<std::string> lines(const std::string& text) {
     return out;
 }
 
-// Runs the tool with `arguments`, feeding `input` to its standard input.
-inline ToolRun runTool(const std::string& arguments, const std::string& input = std::string()) {
+// Runs the tool in `toolDirectory` with that directory as the current one (empty: the built tool
+// here), with `arguments`, feeding `input` to its standard input.
+inline ToolRun runToolIn(const fs::path& toolDirectory, const std::string& arguments,
+                         const std::string& input = std::string()) {
     const fs::path dir = fs::temp_directory_path() /
                          ("helmbridge-host-test-" + std::to_string(std::random_device{}()));
     fs::create_directories(dir);
@@ -52,9 +54,18 @@ inline ToolRun runTool(const std::string& arguments, const std::string& input = 
     const fs::path out = dir / "out.txt";
     const fs::path err = dir / "err.txt";
     std::ofstream(in, std::ios::binary) << input;
-    const std::string tool = helmbridge::testing::programDirectory() + HELMBRIDGE_HOST_FILE;
+    const std::string tool = toolDirectory.empty()
+                                 ? helmbridge::testing::programDirectory() + HELMBRIDGE_HOST_FILE
+                                 : (toolDirectory / HELMBRIDGE_HOST_FILE).string();
     std::string command = "\"" + tool + "\" " + arguments + " < \"" + in.string() + "\" > \"" +
                           out.string() + "\" 2> \"" + err.string() + "\"";
+    if (!toolDirectory.empty()) {
+#if defined(_WIN32)
+        command = "cd /d \"" + toolDirectory.string() + "\" && " + command;
+#else
+        command = "cd \"" + toolDirectory.string() + "\" && " + command;
+#endif
+    }
 #if defined(_WIN32)
     command = "\"" + command + "\"";  // cmd strips the outer pair of quotes
 #endif
@@ -70,6 +81,11 @@ inline ToolRun runTool(const std::string& arguments, const std::string& input = 
     std::error_code ignored;
     fs::remove_all(dir, ignored);
     return run;
+}
+
+// Runs the built tool with `arguments`, feeding `input` to its standard input.
+inline ToolRun runTool(const std::string& arguments, const std::string& input = std::string()) {
+    return runToolIn({}, arguments, input);
 }
 
 inline bool contains(const std::vector<std::string>& haystack, const std::string& needle) {

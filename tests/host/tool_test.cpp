@@ -1,7 +1,11 @@
 // The built helmbridge-host as a user runs it: signal lists, errors and exit codes.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "catalogue/signal_lists.h"
@@ -14,6 +18,7 @@ namespace {
 using testing::contains;
 using testing::lines;
 using testing::runTool;
+using testing::runToolIn;
 using testing::ToolRun;
 
 // The module's lists, loaded and listed by the tool, read back exactly; golden_test.cpp pins the
@@ -92,6 +97,66 @@ TEST(ToolBench, UnknownOrSharedNamesAndBadLinesEndAScriptWithExitCodeTwo) {
         EXPECT_EQ(run.exitCode, 2) << script;
         EXPECT_EQ(lines(run.err), std::vector<std::string>{error}) << script;
         EXPECT_FALSE(contains(lines(run.out), "status not connected")) << script;
+    }
+}
+
+// A healthy set-up on the stand-in passes every check; each failure a cockpit builder can meet
+// is named by a FAIL line of its own, with exit code 1.
+TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
+    const ToolRun healthy = runTool("doctor --standin");
+    EXPECT_EQ(healthy.exitCode, 0) << healthy.out;
+    const std::vector<std::string> report = lines(healthy.out);
+    EXPECT_EQ(report.size(), 8u) << healthy.out;
+    for (const std::string& line : report) EXPECT_EQ(line.substr(0, 5), "ok   ") << line;
+    EXPECT_TRUE(contains(report,
+                         "ok   aircraft: variant=A320 title=\"Fenix A320 (simulator "
+                         "stand-in)\""))
+        << healthy.out;
+
+    namespace fs = std::filesystem;
+    const fs::path built(helmbridge::testing::programDirectory());
+    const fs::path library(HELMBRIDGE_STANDIN_FILE);
+    using Copies = std::vector<std::pair<fs::path, fs::path>>;  // built file -> name in the test
+    const Copies tool = {{HELMBRIDGE_HOST_FILE, HELMBRIDGE_HOST_FILE},
+                         {HELMBRIDGE_MODULE_FILE, HELMBRIDGE_MODULE_FILE}};
+    const struct {
+        const char* setup;
+        Copies extra;
+        bool cfg;
+        std::string failure;
+    } cases[] = {
+        {"no client library", {}, true, "FAIL " + library.string() + " not loaded; tried: next"},
+        {"a library without the ten functions",
+         {{HELMBRIDGE_NINE_FUNCTIONS_FILE, library}},
+         true,
+         "(lacks a SimConnect function)"},
+        {"no simulator and no SimConnect.cfg",
+         {{library, library}},
+         false,
+         "FAIL simulator: no FlightSimulator.exe"},
+        {"a simulator that never sends a frame",
+         {{library, library}},
+         true,
+         "FAIL aircraft: no Fenix A319, A320 or A321 reported within 2.0 s"},
+    };
+    for (const auto& c : cases) {
+        const fs::path dir = fs::temp_directory_path() /
+                             ("helmbridge-doctor-" + std::to_string(std::random_device{}()));
+        fs::create_directories(dir);
+        Copies copies = tool;
+        copies.insert(copies.end(), c.extra.begin(), c.extra.end());
+        for (const auto& [from, to] : copies) fs::copy_file(built / from, dir / to);
+        if (c.cfg) std::ofstream(dir / "SimConnect.cfg") << "[SimConnect]\n";
+        const ToolRun run = runToolIn(dir, "doctor --seconds 2");
+        EXPECT_EQ(run.exitCode, 1) << c.setup << "\n" << run.out;
+        std::vector<std::string> failed;
+        for (const std::string& line : lines(run.out)) {
+            if (line.rfind("FAIL ", 0) == 0) failed.push_back(line);
+        }
+        ASSERT_EQ(failed.size(), 1u) << c.setup << "\n" << run.out;
+        EXPECT_NE(failed[0].find(c.failure), std::string::npos) << c.setup << "\n" << run.out;
+        std::error_code ignored;
+        fs::remove_all(dir, ignored);
     }
 }
 
