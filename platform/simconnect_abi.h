@@ -82,6 +82,19 @@ enum SIMCONNECT_RECV_ID : std::int32_t {
     SIMCONNECT_RECV_ID_EVENT_RACE_LAP = 26,
 };
 
+// Values of SIMCONNECT_RECV_EXCEPTION::dwException (numbered from 0 in the library's order); the
+// ones this project meets.
+enum SIMCONNECT_EXCEPTION : std::int32_t {
+    SIMCONNECT_EXCEPTION_NONE = 0,
+    SIMCONNECT_EXCEPTION_ERROR = 1,
+    SIMCONNECT_EXCEPTION_SIZE_MISMATCH = 2,
+    SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID = 3,
+    SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED = 7,
+    SIMCONNECT_EXCEPTION_INVALID_DATA_TYPE = 18,
+    SIMCONNECT_EXCEPTION_INVALID_ARRAY = 21,
+    SIMCONNECT_EXCEPTION_INVALID_ENUM = 27,
+};
+
 enum SIMCONNECT_PERIOD : std::int32_t {
     SIMCONNECT_PERIOD_NEVER = 0,
     SIMCONNECT_PERIOD_ONCE = 1,
@@ -234,6 +247,8 @@ inline constexpr std::size_t kSimObjectDataHeaderSize = 40;
 static_assert(sizeof(SIMCONNECT_RECV) == 12);
 static_assert(alignof(SIMCONNECT_RECV) == 1);
 static_assert(sizeof(SIMCONNECT_RECV_EXCEPTION) == 24);
+static_assert(offsetof(SIMCONNECT_RECV_EXCEPTION, dwException) == 12);
+static_assert(offsetof(SIMCONNECT_RECV_EXCEPTION, dwSendID) == 16);
 static_assert(offsetof(SIMCONNECT_RECV_EXCEPTION, dwIndex) == 20);
 static_assert(sizeof(SIMCONNECT_RECV_OPEN) == 308);
 static_assert(offsetof(SIMCONNECT_RECV_OPEN, dwApplicationVersionMajor) == 268);

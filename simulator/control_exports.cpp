@@ -41,6 +41,10 @@ void standinSetOpenResult(int32_t result) { world().setOpenResult(result); }
 
 void standinSetKeepAliveAnswers(int answer) { world().setKeepAliveAnswers(answer != 0); }
 
+void standinSetCloseDelay(uint32_t milliseconds) { world().setCloseDelay(milliseconds); }
+
+void standinSetUnknownVariable(const char* name) { world().setUnknownVariable(name); }
+
 void standinQuit(void) { world().endConnections(true); }
 
 void standinLoseConnections(void) { world().endConnections(false); }

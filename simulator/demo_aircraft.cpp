@@ -238,7 +238,11 @@ void DemoSimulator::tallyCalls() {
     for (; nextCall_ < count; ++nextCall_) {
         StandinCall call{};
         if (!api_.call(nextCall_, &call)) break;
-        if (call.function == kStandinSetDataOnSimObject && call.result == 0) ++writes_;
+        // A refused write returns S_OK too; only the exception tells it apart.
+        if (call.function == kStandinSetDataOnSimObject && call.result == 0 &&
+            call.exception == 0) {
+            ++writes_;
+        }
     }
 }
 

@@ -12,6 +12,15 @@
 // SimConnect_CallDispatch, on the caller's thread, never while the stand-in's lock is held.
 // Frames happen only when a test runs them (standinRunFrames) or while the real-time frame
 // thread runs. Every function may be called from any thread at any time.
+//
+// Errors come back as the real library gives them. The library itself refuses only what it
+// cannot send: no handle, a closed or unknown one, a dead link, no dispatch callback, data it
+// cannot copy. Every other call returns S_OK and is numbered on its connection, as
+// SimConnect_GetLastSentPacketID would report it (Open is send id 1, each later call on the
+// handle except CallDispatch the next). When the simulator refuses a call (an unknown id, name
+// or data type, a block of the wrong size), the next dispatch delivers a
+// SIMCONNECT_RECV_EXCEPTION with the exception code, that send id and the 1-based index of the
+// offending argument, the handle being argument 1. The call record names each such call.
 #pragma once
 
 #include <stdint.h>
@@ -46,6 +55,11 @@ struct StandinCall {
     int32_t function;   // a StandinFunction
     int32_t result;     // the HRESULT returned
     void* handle;       // the handle passed in; for Open the handle handed out (or null)
+    uint32_t sendId;    // the call's number on its connection; 0 when nothing was sent
+    // The SIMCONNECT_EXCEPTION the simulator answered the call with (0: none) and the argument
+    // it names, as the EXCEPTION message carries them
+    uint32_t exception;
+    uint32_t exceptionIndex;
     // Open
     void* window;
     void* eventHandle;
@@ -106,8 +120,10 @@ struct StandinCounters {
     uint64_t nullHandleCalls;     // null handle: failed with E_FAIL, not misuse
     uint64_t opens;               // successful Open calls
     uint64_t failedOpens;
-    uint64_t droppedMessages;  // pending messages dropped because nobody dispatched
-    uint64_t droppedCalls;     // calls not recorded because the record was full
+    uint64_t droppedMessages;      // pending messages dropped because nobody dispatched
+    uint64_t droppedCalls;         // calls not recorded because the record was full
+    uint64_t rejectedCalls;        // calls answered with an EXCEPTION message
+    uint64_t deliveredExceptions;  // EXCEPTION messages handed to a dispatch callback
 };
 
 #ifdef __cplusplus
@@ -116,8 +132,9 @@ extern "C" {
 
 // Back to the initial state: connections closed (their handles count as closed from now on),
 // frame thread stopped, records and counters emptied, L: variables removed, the sim running and
-// unpaused, keep-alive answers on, opens succeeding, 30 frames per second, the title
-// "Stand-in Airliner" and the cockpit clock at 43200 and advancing.
+// unpaused, keep-alive answers on, opens succeeding, every variable known, Close returning at
+// once, 30 frames per second, the title "Stand-in Airliner" and the cockpit clock at 43200 and
+// advancing. The stand-in is loaded in this state too.
 HELMBRIDGE_STANDIN_API void standinReset(void);
 
 // The calling thread's operating-system id, as call records carry it.
@@ -144,6 +161,15 @@ HELMBRIDGE_STANDIN_API void standinStopFrameThread(void);
 HELMBRIDGE_STANDIN_API void standinSetOpenResult(int32_t result);
 // Off: RequestSystemState still returns S_OK but no SYSTEM_STATE answer is ever sent.
 HELMBRIDGE_STANDIN_API void standinSetKeepAliveAnswers(int answer);
+// How long SimConnect_Close on an open connection takes before it returns, in milliseconds. The
+// real library takes about 100 ms; the stand-in starts at 0 so that tests stay fast, and programs
+// that want the real timing (the soak) set 100. The connection ends when Close is called: a call
+// on its handle during the wait counts as misuse.
+HELMBRIDGE_STANDIN_API void standinSetCloseDelay(uint32_t milliseconds);
+// A variable the simulator does not know (letter case ignored): AddToDataDefinition with it is
+// answered with NAME_UNRECOGNIZED and adds nothing, as a simulator answers a misspelt or missing
+// simulation variable. Null or "" makes every variable known again.
+HELMBRIDGE_STANDIN_API void standinSetUnknownVariable(const char* name);
 // The user leaves the simulator: every open connection gets QUIT, then its link is dead. A dead
 // connection's calls fail, and CallDispatch fails once its pending messages are delivered; its
 // handle stays valid until closed.
@@ -227,6 +253,15 @@ inline std::vector<Call> calls() {
         call.data.resize(call.dataSize);
         if (call.dataSize > 0) standinCallData(i, call.data.data(), call.dataSize);
         out.push_back(std::move(call));
+    }
+    return out;
+}
+
+// The calls the simulator answered with an EXCEPTION message.
+inline std::vector<Call> rejectedCalls() {
+    std::vector<Call> out;
+    for (Call& call : calls()) {
+        if (call.exception != 0) out.push_back(std::move(call));
     }
     return out;
 }

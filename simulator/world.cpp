@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
+#include <thread>
 #include <utility>
 
 #if defined(_WIN32)
@@ -178,6 +180,29 @@ Connection* World::connectionForCall(sc::HANDLE handle) {
     return nullptr;
 }
 
+Connection* World::sendingConnection(sc::HANDLE handle, StandinCall& call) {
+    Connection* connection = connectionForCall(handle);
+    if (connection == nullptr || connection->dead) return nullptr;
+    call.sendId = ++connection->lastSendId;
+    return connection;
+}
+
+sc::HRESULT World::reject(Connection& connection, RecordedCall& record,
+                          sc::SIMCONNECT_EXCEPTION exception, sc::DWORD argument) {
+    sc::SIMCONNECT_RECV_EXCEPTION message{};
+    message.dwSize = sizeof(message);
+    message.dwVersion = kMessageVersion;
+    message.dwID = sc::SIMCONNECT_RECV_ID_EXCEPTION;
+    message.dwException = static_cast<sc::DWORD>(exception);
+    message.dwSendID = record.call.sendId;
+    message.dwIndex = argument;
+    queueLocked(connection, toMessage(message));
+    record.call.exception = message.dwException;
+    record.call.exceptionIndex = argument;
+    ++counters_.rejectedCalls;
+    return finish(record, sc::kSOk);
+}
+
 sc::HRESULT World::finish(RecordedCall& record, sc::HRESULT result) {
     record.call.result = result;
     if (calls_.size() < kMaxRecordedCalls) {
@@ -212,6 +237,8 @@ sc::HRESULT World::open(sc::HANDLE* handleOut, const char* name, sc::HWND window
     Connection& connection = connections_[key];
     connection.handle = key;
     connection.clientName = name != nullptr ? name : "";
+    connection.lastSendId = 1;
+    record.call.sendId = 1;
     issuedHandles_.insert(key);
 
     sc::SIMCONNECT_RECV_OPEN opened{};
@@ -231,13 +258,19 @@ sc::HRESULT World::open(sc::HANDLE* handleOut, const char* name, sc::HWND window
 
 sc::HRESULT World::close(sc::HANDLE handle) {
     RecordedCall record{newCall(kStandinClose, handle), {}};
-    std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     ++counters_.calls;
-    const Connection* connection = connectionForCall(handle);
+    Connection* connection = connectionForCall(handle);
     if (connection == nullptr) return finish(record, sc::kEFail);
+    record.call.sendId = ++connection->lastSendId;
     // Closing discards everything the client defined, as the real server does.
     connections_.erase(connection->handle);
-    return finish(record, sc::kSOk);
+    const auto delay = std::chrono::milliseconds(closeDelayMs_);
+    finish(record, sc::kSOk);
+    // The real library takes its time to take the link down; other threads carry on meanwhile.
+    lock.unlock();
+    if (delay.count() > 0) std::this_thread::sleep_for(delay);
+    return sc::kSOk;
 }
 
 sc::HRESULT World::callDispatch(sc::HANDLE handle, sc::DispatchProc dispatch, void* context) {
@@ -263,6 +296,10 @@ sc::HRESULT World::callDispatch(sc::HANDLE handle, sc::DispatchProc dispatch, vo
         {
             std::lock_guard lock(mutex_);
             if (connections_.count(key) == 0) break;  // closed by the callback or another thread
+            if (take<sc::DWORD>(message.data() + offsetof(sc::SIMCONNECT_RECV, dwID)) ==
+                sc::SIMCONNECT_RECV_ID_EXCEPTION) {
+                ++counters_.deliveredExceptions;
+            }
         }
         dispatch(reinterpret_cast<sc::SIMCONNECT_RECV*>(message.data()),
                  static_cast<sc::DWORD>(message.size()), context);
@@ -277,16 +314,14 @@ sc::HRESULT World::requestSystemState(sc::HANDLE handle, sc::DWORD requestId, co
 
     std::lock_guard lock(mutex_);
     ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
-    if (connection == nullptr || connection->dead || state == nullptr) {
-        return finish(record, sc::kEFail);
-    }
+    Connection* connection = sendingConnection(handle, record.call);
+    if (connection == nullptr) return finish(record, sc::kEFail);
     sc::SIMCONNECT_RECV_SYSTEM_STATE answer{};
     answer.dwSize = sizeof(answer);
     answer.dwVersion = kMessageVersion;
     answer.dwID = sc::SIMCONNECT_RECV_ID_SYSTEM_STATE;
     answer.dwRequestID = requestId;
-    const std::string name = lowerCase(state);
+    const std::string name = lowerCase(state != nullptr ? state : "");
     if (name == "sim") {
         answer.dwInteger = simRunning_ ? 1 : 0;
     } else if (name == "aircraftloaded") {
@@ -294,7 +329,7 @@ sc::HRESULT World::requestSystemState(sc::HANDLE handle, sc::DWORD requestId, co
     } else if (name == "flightloaded") {
         copyText(answer.szString, sizeof(answer.szString), flightPath_.c_str());
     } else if (name != "dialogmode" && name != "flightplan") {
-        return finish(record, sc::kEFail);
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3);
     }
     if (keepAliveAnswers_) queueLocked(*connection, toMessage(answer));
     return finish(record, sc::kSOk);
@@ -313,11 +348,15 @@ sc::HRESULT World::addToDataDefinition(sc::HANDLE handle, sc::DWORD defineId, co
 
     std::lock_guard lock(mutex_);
     ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
+    Connection* connection = sendingConnection(handle, record.call);
+    if (connection == nullptr) return finish(record, sc::kEFail);
+    if (datumName == nullptr || datumName[0] == '\0' ||
+        (!unknownVariable_.empty() && lowerCase(datumName) == unknownVariable_)) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3);
+    }
     const std::uint32_t size = sc::datumSize(type);
-    if (connection == nullptr || connection->dead || datumName == nullptr || datumName[0] == '\0' ||
-        size == 0) {
-        return finish(record, sc::kEFail);
+    if (size == 0) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_INVALID_DATA_TYPE, 5);
     }
     auto [it, added] = connection->definitions.try_emplace(defineId);
     if (added) connection->definitionOrder.push_back(defineId);
@@ -353,20 +392,24 @@ sc::HRESULT World::requestDataOnSimObject(sc::HANDLE handle, sc::DWORD requestId
 
     std::lock_guard lock(mutex_);
     ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
-    if (connection == nullptr || connection->dead || period < sc::SIMCONNECT_PERIOD_NEVER ||
-        period > sc::SIMCONNECT_PERIOD_SECOND) {
-        return finish(record, sc::kEFail);
+    Connection* connection = sendingConnection(handle, record.call);
+    if (connection == nullptr) return finish(record, sc::kEFail);
+    if (period < sc::SIMCONNECT_PERIOD_NEVER || period > sc::SIMCONNECT_PERIOD_SECOND) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_INVALID_ENUM, 5);
     }
     if (period == sc::SIMCONNECT_PERIOD_NEVER) {
         connection->requests.erase(requestId);
         return finish(record, sc::kSOk);
     }
+    if (connection->definitions.count(defineId) == 0) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 3);
+    }
     // Only the user's aircraft exists, and tagged blocks are not produced.
-    if (objectId != sc::SIMCONNECT_OBJECT_ID_USER ||
-        (flags & sc::SIMCONNECT_DATA_REQUEST_FLAG_TAGGED) != 0 ||
-        connection->definitions.count(defineId) == 0) {
-        return finish(record, sc::kEFail);
+    if (objectId != sc::SIMCONNECT_OBJECT_ID_USER) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 4);
+    }
+    if ((flags & sc::SIMCONNECT_DATA_REQUEST_FLAG_TAGGED) != 0) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_ERROR, 6);
     }
     // Re-using a request id replaces the earlier request.
     Request& request = connection->requests[requestId];
@@ -383,12 +426,12 @@ sc::HRESULT World::subscribeToSystemEvent(sc::HANDLE handle, sc::DWORD eventId, 
 
     std::lock_guard lock(mutex_);
     ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
-    if (connection == nullptr || connection->dead || name == nullptr) {
-        return finish(record, sc::kEFail);
+    Connection* connection = sendingConnection(handle, record.call);
+    if (connection == nullptr) return finish(record, sc::kEFail);
+    const std::string lower = lowerCase(name != nullptr ? name : "");
+    if (!isKnownSystemEvent(lower)) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3);
     }
-    const std::string lower = lowerCase(name);
-    if (!isKnownSystemEvent(lower)) return finish(record, sc::kEFail);
     connection->subscriptions[eventId] = lower;
     // Pause and Sim report the current state right away.
     if (lower == "pause" || lower == "sim") {
@@ -409,10 +452,10 @@ sc::HRESULT World::unsubscribeFromSystemEvent(sc::HANDLE handle, sc::DWORD event
     record.call.id = eventId;
     std::lock_guard lock(mutex_);
     ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
-    if (connection == nullptr || connection->dead ||
-        connection->subscriptions.erase(eventId) == 0) {
-        return finish(record, sc::kEFail);
+    Connection* connection = sendingConnection(handle, record.call);
+    if (connection == nullptr) return finish(record, sc::kEFail);
+    if (connection->subscriptions.erase(eventId) == 0) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 2);
     }
     return finish(record, sc::kSOk);
 }
@@ -422,9 +465,10 @@ sc::HRESULT World::clearDataDefinition(sc::HANDLE handle, sc::DWORD defineId) {
     record.call.id = defineId;
     std::lock_guard lock(mutex_);
     ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
-    if (connection == nullptr || connection->dead || connection->definitions.erase(defineId) == 0) {
-        return finish(record, sc::kEFail);
+    Connection* connection = sendingConnection(handle, record.call);
+    if (connection == nullptr) return finish(record, sc::kEFail);
+    if (connection->definitions.erase(defineId) == 0) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 2);
     }
     auto& order = connection->definitionOrder;
     order.erase(std::remove(order.begin(), order.end(), defineId), order.end());
@@ -454,13 +498,28 @@ sc::HRESULT World::setDataOnSimObject(sc::HANDLE handle, sc::DWORD defineId, sc:
 
     std::lock_guard lock(mutex_);
     ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
-    if (connection == nullptr || connection->dead || !readable) return finish(record, sc::kEFail);
-    const auto definition = connection->definitions.find(defineId);
-    if (definition == connection->definitions.end() || objectId != sc::SIMCONNECT_OBJECT_ID_USER ||
-        (flags & sc::SIMCONNECT_DATA_SET_FLAG_TAGGED) != 0 || elements != 1 ||
-        unitSize != definition->second.size) {
+    // Data the library cannot copy never leaves the client.
+    if (!readable) {
+        connectionForCall(handle);  // still counts a null, closed or unknown handle
         return finish(record, sc::kEFail);
+    }
+    Connection* connection = sendingConnection(handle, call);
+    if (connection == nullptr) return finish(record, sc::kEFail);
+    const auto definition = connection->definitions.find(defineId);
+    if (definition == connection->definitions.end()) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 2);
+    }
+    if (objectId != sc::SIMCONNECT_OBJECT_ID_USER) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 3);
+    }
+    if ((flags & sc::SIMCONNECT_DATA_SET_FLAG_TAGGED) != 0) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_ERROR, 4);
+    }
+    if (elements != 1) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_INVALID_ARRAY, 5);
+    }
+    if (unitSize != definition->second.size) {
+        return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_SIZE_MISMATCH, 6);
     }
     // The values follow the definition's datums in order, each at its type's size.
     const unsigned char* at = record.data.data();
@@ -692,6 +751,8 @@ void World::resetStateLocked() {
     paused_ = false;
     clockStalled_ = false;
     keepAliveAnswers_ = true;
+    closeDelayMs_ = 0;
+    unknownVariable_.clear();
     openResult_ = sc::kSOk;
     framesPerSecond_ = 30;
     frameCount_ = 0;
@@ -723,6 +784,16 @@ void World::setOpenResult(sc::HRESULT result) {
 void World::setKeepAliveAnswers(bool answer) {
     std::lock_guard lock(mutex_);
     keepAliveAnswers_ = answer;
+}
+
+void World::setCloseDelay(std::uint32_t milliseconds) {
+    std::lock_guard lock(mutex_);
+    closeDelayMs_ = milliseconds;
+}
+
+void World::setUnknownVariable(const char* name) {
+    std::lock_guard lock(mutex_);
+    unknownVariable_ = lowerCase(name != nullptr ? name : "");
 }
 
 void World::endConnections(bool sendQuit) {

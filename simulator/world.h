@@ -57,6 +57,7 @@ struct Connection {
     std::deque<Message> pending;
     std::size_t pendingBytes = 0;
     bool dead = false;  // the simulator side is gone
+    std::uint32_t lastSendId = 0;
 };
 
 class World {
@@ -95,6 +96,8 @@ class World {
     void stopFrameThread();
     void setOpenResult(sc::HRESULT result);
     void setKeepAliveAnswers(bool answer);
+    void setCloseDelay(std::uint32_t milliseconds);
+    void setUnknownVariable(const char* name);
     void endConnections(bool sendQuit);
     void* currentHandle();
     std::uint32_t openConnectionCount();
@@ -137,7 +140,13 @@ class World {
     Connection* connectionForCall(sc::HANDLE handle);
     // A control query's connection: the given one, or the newest open one for null.
     Connection* connectionForQuery(void* handle);
+    // The open, live connection a call goes out on, with the call numbered; null when the
+    // library refuses the call itself.
+    Connection* sendingConnection(sc::HANDLE handle, StandinCall& call);
     sc::HRESULT finish(RecordedCall& record, sc::HRESULT result);
+    // The simulator refuses the call: S_OK now, the EXCEPTION on the next dispatch.
+    sc::HRESULT reject(Connection& connection, RecordedCall& record,
+                       sc::SIMCONNECT_EXCEPTION exception, sc::DWORD argument);
 
     void runFrameLocked();
     void serveRequestLocked(Connection& connection, Request& request, bool& finished);
@@ -171,6 +180,8 @@ class World {
     bool paused_ = false;
     bool clockStalled_ = false;
     bool keepAliveAnswers_ = true;
+    std::uint32_t closeDelayMs_ = 0;
+    std::string unknownVariable_;  // lower case; empty: every variable is known
     sc::HRESULT openResult_ = sc::kSOk;
     std::uint32_t framesPerSecond_ = 30;
     std::uint64_t frameCount_ = 0;

@@ -462,6 +462,48 @@ TEST_F(Connection, TitleDetectsTheVariantOnce) {
               "[VariantDetector] variant=A321 title=\"Fenix A321 Example Air\"\n");
 }
 
+// The simulator refuses a declaration (here it does not know the title variable): the refusal
+// reaches the module as exception messages on the next dispatch, and the module carries on.
+TEST_F(Connection, RefusedDeclarationArrivesAsExceptionAndTheModuleKeepsWorking) {
+    standinSetUnknownVariable("TITLE");
+    FakeSystem::probe = platform::ProbeResult::kFound;
+    tick(0);
+    ASSERT_TRUE(core.connected);
+    const auto rejected = standin::rejectedCalls();
+    ASSERT_EQ(rejected.size(), 2u);  // the title datum, then the request on its definition
+    EXPECT_STREQ(rejected[0].name, "TITLE");
+    EXPECT_EQ(rejected[0].exception, sc::SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED);
+    EXPECT_EQ(rejected[1].function, kStandinRequestDataOnSimObject);
+    EXPECT_EQ(rejected[1].id, 4u);
+    EXPECT_EQ(standin::counters().deliveredExceptions, 0u);  // sent while OPEN was handled
+
+    std::size_t ap1 = 0;
+    for (const auto& [id, entry] : digitOutSigList()) {
+        if (entry.first == "I_FCU_AP1") break;
+        ++ap1;
+    }
+    standinSetTitle("Fenix A321 Example Air");
+    standinSetLVar("I_FCU_AP1", 1.0);
+    const VarBinding& input = digitInBindings().back();
+    const double pressed = 1.0;
+    for (int s = 1; s <= 12; ++s) {
+        standinRunSeconds(1);
+        tick(s);
+        if (s == 1) {
+            EXPECT_EQ(standin::counters().deliveredExceptions, 2u);
+        }
+    }
+    core.QueueWrite(static_cast<uint32_t>(input.defineId), &pressed);
+    core.writerPass(at(12));
+    // Still the first connection: keep-alives answered, lamps and writes flowing.
+    EXPECT_TRUE(core.connected);
+    EXPECT_EQ(standin::counters().opens, 1u);
+    EXPECT_EQ(core.digitOutValues[ap1].load(), 1.0);
+    EXPECT_EQ(standin::lvar(std::string(input.variable).c_str()), 1.0);
+    EXPECT_EQ(core.variant.load(), 0);  // no title ever came
+    EXPECT_EQ(standin::counters().rejectedCalls, 2u);
+}
+
 TEST_F(Connection, ReconnectCyclesWithConcurrentDispatchNeverTouchAClosedHandle) {
     FakeSystem::probe = platform::ProbeResult::kFound;
     standinStartFrameThread(200);

@@ -119,14 +119,28 @@ TEST_F(StandIn, ConnectionsOpenCloseQuitAndCountMisuseOfClosedOrUnknownHandles) 
     EXPECT_EQ(messages[0].size(), sizeof(sc::SIMCONNECT_RECV_OPEN));
     EXPECT_EQ(field(messages[0], 0), messages[0].size());
     EXPECT_TRUE(dispatch(first).empty());
-    EXPECT_EQ(api->close(first), sc::kSOk);
+    // Close takes as long as it is told to, but only when there is a connection to end.
+    const auto millisecondsOf = [](auto call) {
+        const auto start = std::chrono::steady_clock::now();
+        call();
+        return std::chrono::duration_cast<std::chrono::milliseconds>(
+                   std::chrono::steady_clock::now() - start)
+            .count();
+    };
+    standinSetCloseDelay(200);
+    EXPECT_GE(millisecondsOf([&] { EXPECT_EQ(api->close(first), sc::kSOk); }), 200);
     EXPECT_EQ(standinOpenConnectionCount(), 1u);
+    standinSetCloseDelay(5000);
+    EXPECT_LT(millisecondsOf([&] {
+                  EXPECT_LT(api->close(first), 0);
+                  EXPECT_EQ(api->close(nullptr), sc::kEFail);
+              }),
+              5000);
+    standinSetCloseDelay(0);
 
     EXPECT_LT(api->requestSystemState(first, 3, "Sim"), 0);
-    EXPECT_LT(api->close(first), 0);
     EXPECT_LT(api->requestSystemState(&unknown, 3, "Sim"), 0);
     EXPECT_EQ(api->requestSystemState(nullptr, 3, "Sim"), sc::kEFail);
-    EXPECT_EQ(api->close(nullptr), sc::kEFail);
 
     // QUIT is delivered, then the link is dead; the handle stays valid until closed.
     dispatch(second);
@@ -176,11 +190,12 @@ TEST_F(StandIn, DefinitionsKeepTheirDatumsPerConnectionSetDataWritesThemAndCalls
     EXPECT_EQ(api->setDataOnSimObject(handle, 3000, 0, 0, 0, sizeof(block), block), sc::kSOk);
     EXPECT_EQ(standin::lvar("S_CDU1_KEY_A"), 1.0);
     EXPECT_EQ(standin::lvar("L:S_CDU1_KEY_B"), 2.0);
-    // A block that does not fit the definition changes nothing.
+    // A block that does not fit the definition changes nothing (the refusal comes as an
+    // exception message, like every refusal of the simulator's).
     double single = 9.0;
-    EXPECT_LT(api->setDataOnSimObject(handle, 3000, 0, 0, 0, sizeof(single), &single), 0);
+    EXPECT_EQ(api->setDataOnSimObject(handle, 3000, 0, 0, 0, sizeof(single), &single), sc::kSOk);
     EXPECT_EQ(standin::lvar("S_CDU1_KEY_A"), 1.0);
-    EXPECT_LT(api->setDataOnSimObject(handle, 4242, 0, 0, 0, sizeof(single), &single), 0);
+    EXPECT_EQ(api->setDataOnSimObject(handle, 4242, 0, 0, 0, sizeof(single), &single), sc::kSOk);
 
     // Writing the cockpit clock moves it; frames advance from there.
     add(handle, 3009, "L:N_MIP_CLOCK_UTC");
@@ -192,7 +207,7 @@ TEST_F(StandIn, DefinitionsKeepTheirDatumsPerConnectionSetDataWritesThemAndCalls
     EXPECT_EQ(api->clearDataDefinition(handle, 3000), sc::kSOk);
     EXPECT_EQ(standin::definitionIds(), (std::vector<uint32_t>{3008, 3009}));
     EXPECT_EQ(standinDatumCount(nullptr, 3000), -1);
-    EXPECT_LT(api->clearDataDefinition(handle, 3000), 0);
+    EXPECT_EQ(api->clearDataDefinition(handle, 3000), sc::kSOk);
 
     // A connection opened on another thread sees none of these definitions.
     uint64_t workerThread = 0;
@@ -206,9 +221,15 @@ TEST_F(StandIn, DefinitionsKeepTheirDatumsPerConnectionSetDataWritesThemAndCalls
     EXPECT_TRUE(standin::definitionIds(other).empty());
     EXPECT_EQ(standin::definitionIds(handle).size(), 2u);
 
-    // Every call is recorded with its thread, arguments, data and result, refused ones too.
+    // Every call is recorded with its thread, arguments, data, result and send id, refused ones
+    // too; each connection numbers its own calls from Open on.
     const auto calls = standin::calls();
     ASSERT_EQ(calls.size(), 12u);
+    for (std::size_t i = 0; i < 11; ++i) EXPECT_EQ(calls[i].sendId, i + 1) << i;
+    EXPECT_EQ(calls[11].sendId, 1u);
+    EXPECT_EQ(calls[5].exception, sc::SIMCONNECT_EXCEPTION_SIZE_MISMATCH);
+    EXPECT_EQ(calls[10].exception, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID);
+    EXPECT_EQ(standin::rejectedCalls().size(), 3u);
     EXPECT_EQ(calls[0].function, kStandinOpen);
     EXPECT_EQ(calls[0].handle, handle);
     EXPECT_EQ(calls[0].threadId, standinThreadId());
@@ -218,7 +239,9 @@ TEST_F(StandIn, DefinitionsKeepTheirDatumsPerConnectionSetDataWritesThemAndCalls
                                    reinterpret_cast<unsigned char*>(block) + sizeof(block)));
     EXPECT_EQ(calls[6].id, 4242u);
     EXPECT_EQ(calls[6].data.size(), 8u);
-    EXPECT_LT(calls[6].result, 0);
+    EXPECT_EQ(calls[6].result, sc::kSOk);
+    EXPECT_EQ(calls[6].exception, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID);
+    EXPECT_EQ(calls[6].exceptionIndex, 2u);
     EXPECT_EQ(calls[11].handle, other);
     EXPECT_EQ(calls[11].threadId, workerThread);
     EXPECT_EQ(calls[11].result, sc::kSOk);
@@ -308,7 +331,6 @@ TEST_F(StandIn, SubscribedSystemEventsArriveWithTheirIdsAndData) {
         ASSERT_EQ(api->subscribeToSystemEvent(handle, event, name), sc::kSOk) << name;
     }
     EXPECT_EQ(standin::subscription(9004), "sim");
-    EXPECT_LT(api->subscribeToSystemEvent(handle, 9100, "NoSuchEvent"), 0);
 
     // Event id and data of each message; Pause and Sim report their current state at once.
     const auto events = [](const std::vector<Bytes>& messages) {
@@ -342,7 +364,6 @@ TEST_F(StandIn, SubscribedSystemEventsArriveWithTheirIdsAndData) {
 
 TEST_F(StandIn, KeepAliveIsAnsweredUntilSwitchedOffThroughADispatchThatMayReenterAndClose) {
     sc::HANDLE handle = openQuiet();
-    EXPECT_LT(api->requestSystemState(handle, 3, "NoSuchState"), 0);
     ASSERT_EQ(api->requestSystemState(handle, 3, "Sim"), sc::kSOk);
     const auto messages = dispatch(handle);
     ASSERT_EQ(messages.size(), 1u);
@@ -377,28 +398,103 @@ TEST_F(StandIn, KeepAliveIsAnsweredUntilSwitchedOffThroughADispatchThatMayReente
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
 }
 
-TEST_F(StandIn, OddArgumentsFailWithoutHarm) {
-    EXPECT_EQ(api->open(nullptr, "HelmBridge", nullptr, 0, nullptr, 0), sc::kEFail);
-    sc::HANDLE handle = open();
-    const sc::HRESULT results[] = {
-        api->callDispatch(handle, nullptr, nullptr),
-        api->requestSystemState(handle, 3, nullptr),
-        api->addToDataDefinition(handle, 1, nullptr, "number", sc::SIMCONNECT_DATATYPE_FLOAT64,
-                                 0.0f, 0),
-        api->addToDataDefinition(handle, 1, "L:X", "number",
-                                 static_cast<sc::SIMCONNECT_DATATYPE>(99), 0.0f, 0),
-        api->requestDataOnSimObject(handle, 1, 77, 0, sc::SIMCONNECT_PERIOD_SIM_FRAME, 0, 0, 0, 0),
-        api->subscribeToSystemEvent(handle, 1, nullptr),
-        api->unsubscribeFromSystemEvent(handle, 12345),
-        api->setDataOnSimObject(handle, 1, 0, 0, 0, 8, nullptr),
-        api->setDataOnSimObject(handle, 1, 0, 0, 0xFFFFFFFFu, 0xFFFFFFFFu, &handle),
+TEST_F(StandIn, RefusedCallsReturnOkAndTheNextDispatchNamesCodeSendIdAndArgument) {
+    sc::HANDLE handle = openQuiet();
+    add(handle, 1, "L:X");
+    standinSetUnknownVariable("Gear Handle Position");
+    const auto frame = sc::SIMCONNECT_PERIOD_SIM_FRAME;
+    double values[2] = {1.0, 2.0};
+    struct Refusal {
+        sc::HRESULT result;
+        sc::SIMCONNECT_EXCEPTION exception;
+        sc::DWORD argument;
     };
-    for (std::size_t i = 0; i < std::size(results); ++i) EXPECT_LT(results[i], 0) << i;
+    using enum sc::SIMCONNECT_EXCEPTION;
+    // Called in this order (braced initialisers run left to right).
+    const Refusal refusals[] = {
+        {api->requestSystemState(handle, 3, "NoSuchState"), SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED,
+         3},
+        {api->requestSystemState(handle, 3, nullptr), SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3},
+        {api->addToDataDefinition(handle, 1, nullptr, "number", sc::SIMCONNECT_DATATYPE_FLOAT64,
+                                  0.0f, 0),
+         SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3},
+        {api->addToDataDefinition(handle, 1, "GEAR HANDLE POSITION", "bool",
+                                  sc::SIMCONNECT_DATATYPE_FLOAT64, 0.0f, 0),
+         SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3},
+        {api->addToDataDefinition(handle, 1, "L:X", "number",
+                                  static_cast<sc::SIMCONNECT_DATATYPE>(99), 0.0f, 0),
+         SIMCONNECT_EXCEPTION_INVALID_DATA_TYPE, 5},
+        {api->requestDataOnSimObject(handle, 1, 77, 0, frame, 0, 0, 0, 0),
+         SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 3},
+        {api->requestDataOnSimObject(handle, 1, 1, 5, frame, 0, 0, 0, 0),
+         SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 4},
+        {api->requestDataOnSimObject(handle, 1, 1, 0, static_cast<sc::SIMCONNECT_PERIOD>(9), 0, 0,
+                                     0, 0),
+         SIMCONNECT_EXCEPTION_INVALID_ENUM, 5},
+        {api->requestDataOnSimObject(handle, 1, 1, 0, frame,
+                                     sc::SIMCONNECT_DATA_REQUEST_FLAG_TAGGED, 0, 0, 0),
+         SIMCONNECT_EXCEPTION_ERROR, 6},
+        {api->subscribeToSystemEvent(handle, 1, "NoSuchEvent"),
+         SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3},
+        {api->subscribeToSystemEvent(handle, 1, nullptr), SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED,
+         3},
+        {api->unsubscribeFromSystemEvent(handle, 12345), SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 2},
+        {api->clearDataDefinition(handle, 77), SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 2},
+        {api->setDataOnSimObject(handle, 77, 0, 0, 0, 8, values),
+         SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 2},
+        {api->setDataOnSimObject(handle, 1, 5, 0, 0, 8, values),
+         SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 3},
+        {api->setDataOnSimObject(handle, 1, 0, sc::SIMCONNECT_DATA_SET_FLAG_TAGGED, 0, 8, values),
+         SIMCONNECT_EXCEPTION_ERROR, 4},
+        {api->setDataOnSimObject(handle, 1, 0, 0, 2, 8, values), SIMCONNECT_EXCEPTION_INVALID_ARRAY,
+         5},
+        {api->setDataOnSimObject(handle, 1, 0, 0, 0, 4, values), SIMCONNECT_EXCEPTION_SIZE_MISMATCH,
+         6},
+    };
+    const auto rejected = standin::rejectedCalls();
+    const auto messages = dispatch(handle);
+    ASSERT_EQ(rejected.size(), std::size(refusals));
+    ASSERT_EQ(messages.size(), std::size(refusals));
+    for (std::size_t i = 0; i < std::size(refusals); ++i) {
+        const Refusal& refusal = refusals[i];
+        EXPECT_EQ(refusal.result, sc::kSOk) << i;
+        // Open was 1 and the definition 2, so the refused calls are 3, 4, ...
+        EXPECT_EQ(rejected[i].sendId, i + 3) << i;
+        EXPECT_EQ(rejected[i].exception, static_cast<uint32_t>(refusal.exception)) << i;
+        EXPECT_EQ(rejected[i].exceptionIndex, refusal.argument) << i;
+        sc::SIMCONNECT_RECV_EXCEPTION exception{};
+        ASSERT_TRUE(
+            sc::readMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(messages[i].data()),
+                            static_cast<sc::DWORD>(messages[i].size()), exception));
+        EXPECT_EQ(exception.dwSize, sizeof(exception)) << i;
+        EXPECT_EQ(exception.dwID, id(sc::SIMCONNECT_RECV_ID_EXCEPTION)) << i;
+        EXPECT_EQ(exception.dwException, static_cast<sc::DWORD>(refusal.exception)) << i;
+        EXPECT_EQ(exception.dwSendID, rejected[i].sendId) << i;
+        EXPECT_EQ(exception.dwIndex, refusal.argument) << i;
+    }
+    // Refused calls change nothing.
+    EXPECT_EQ(standinDatumCount(nullptr, 1), 1);
+    EXPECT_TRUE(standin::requestIds().empty());
+    EXPECT_TRUE(standin::subscriptionIds().empty());
+    EXPECT_EQ(standin::lvar("X"), 0.0);
+    standinSetUnknownVariable(nullptr);
+    add(handle, 2, "Gear Handle Position");
+
+    // What the library cannot send fails at once, unnumbered and without a message.
+    standinClearCalls();
+    EXPECT_EQ(api->open(nullptr, "HelmBridge", nullptr, 0, nullptr, 0), sc::kEFail);
+    EXPECT_LT(api->callDispatch(handle, nullptr, nullptr), 0);
+    EXPECT_LT(api->setDataOnSimObject(handle, 1, 0, 0, 0, 8, nullptr), 0);
+    EXPECT_LT(api->setDataOnSimObject(handle, 1, 0, 0, 0xFFFFFFFFu, 0xFFFFFFFFu, values), 0);
+    for (const auto& call : standin::calls()) EXPECT_EQ(call.sendId, 0u) << call.function;
+    EXPECT_TRUE(dispatch(handle).empty());
+    const StandinCounters counters = standin::counters();
+    EXPECT_EQ(counters.rejectedCalls, std::size(refusals));
+    EXPECT_EQ(counters.deliveredExceptions, std::size(refusals));
+    EXPECT_EQ(counters.misuseCalls, 0u);
     EXPECT_EQ(standinDatum(nullptr, 1, 0, nullptr), 0);
     EXPECT_EQ(standinCall(1u << 30, nullptr), 0);
     EXPECT_EQ(standinGetLVar(nullptr, nullptr), 0);
-    EXPECT_EQ(standinOpenConnectionCount(), 1u);
-    EXPECT_EQ(standin::counters().misuseCalls, 0u);
 }
 
 TEST_F(StandIn, RealTimeFramesServeADispatchingClientWhileTheControlThreadWrites) {

@@ -78,6 +78,7 @@ struct Standin {
     void (*stopFrameThread)() = nullptr;
     void (*setOpenResult)(int32_t) = nullptr;
     void (*setKeepAliveAnswers)(int) = nullptr;
+    void (*setCloseDelay)(uint32_t) = nullptr;
     void (*quit)() = nullptr;
     void (*loseConnections)() = nullptr;
     void* (*currentHandle)() = nullptr;
@@ -108,7 +109,8 @@ struct Standin {
                resolve(stopFrameThread, "standinStopFrameThread") &&
                resolve(setOpenResult, "standinSetOpenResult") &&
                resolve(setKeepAliveAnswers, "standinSetKeepAliveAnswers") &&
-               resolve(quit, "standinQuit") && resolve(loseConnections, "standinLoseConnections") &&
+               resolve(setCloseDelay, "standinSetCloseDelay") && resolve(quit, "standinQuit") &&
+               resolve(loseConnections, "standinLoseConnections") &&
                resolve(currentHandle, "standinCurrentHandle") &&
                resolve(openConnectionCount, "standinOpenConnectionCount") &&
                resolve(setPaused, "standinSetPaused") &&
@@ -681,6 +683,7 @@ int main(int argc, char** argv) {
     check(module.connectStatus(), "no connection %.1f s after the client library appeared", bound);
     note("client library in place: connected after %.2f s (bound %.1f s)", bindLatency, bound);
     if (!standin.load(scratch / "libSimConnect.so")) return 2;
+    standin.setCloseDelay(100);  // every reconnect and Stop waits as long as with the real library
     standin.startFrameThread(30);
     waitUntil([] { return standin.datumCount(nullptr, 3009) == 1; }, seconds(10));
 
