@@ -258,18 +258,20 @@ sc::HRESULT World::open(sc::HANDLE* handleOut, const char* name, sc::HWND window
 
 sc::HRESULT World::close(sc::HANDLE handle) {
     RecordedCall record{newCall(kStandinClose, handle), {}};
-    std::unique_lock lock(mutex_);
-    ++counters_.calls;
-    Connection* connection = connectionForCall(handle);
-    if (connection == nullptr) return finish(record, sc::kEFail);
-    record.call.sendId = ++connection->lastSendId;
-    // Closing discards everything the client defined, as the real server does.
-    connections_.erase(connection->handle);
-    const auto delay = std::chrono::milliseconds(closeDelayMs_);
-    finish(record, sc::kSOk);
+    std::chrono::milliseconds delay{0};
+    {
+        std::lock_guard lock(mutex_);
+        ++counters_.calls;
+        Connection* connection = connectionForCall(handle);
+        if (connection == nullptr) return finish(record, sc::kEFail);
+        record.call.sendId = ++connection->lastSendId;
+        // Closing discards everything the client defined, as the real server does.
+        connections_.erase(connection->handle);
+        delay = std::chrono::milliseconds(closeDelayMs_);
+        finish(record, sc::kSOk);
+    }
     // The real library takes its time to take the link down; other threads carry on meanwhile.
-    lock.unlock();
-    if (delay.count() > 0) std::this_thread::sleep_for(delay);
+    std::this_thread::sleep_for(delay);
     return sc::kSOk;
 }
 
@@ -499,12 +501,9 @@ sc::HRESULT World::setDataOnSimObject(sc::HANDLE handle, sc::DWORD defineId, sc:
     std::lock_guard lock(mutex_);
     ++counters_.calls;
     // Data the library cannot copy never leaves the client.
-    if (!readable) {
-        connectionForCall(handle);  // still counts a null, closed or unknown handle
-        return finish(record, sc::kEFail);
-    }
-    Connection* connection = sendingConnection(handle, call);
-    if (connection == nullptr) return finish(record, sc::kEFail);
+    Connection* connection = connectionForCall(handle);
+    if (connection == nullptr || connection->dead || !readable) return finish(record, sc::kEFail);
+    call.sendId = ++connection->lastSendId;
     const auto definition = connection->definitions.find(defineId);
     if (definition == connection->definitions.end()) {
         return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 2);

@@ -174,10 +174,12 @@ TEST(DemoSimulator, RunsFramesAndCountsOnlyAcceptedWrites) {
     EXPECT_EQ(api->setDataOnSimObject(handle, 7, sc::SIMCONNECT_OBJECT_ID_USER, 0, 0,
                                       sizeof(pressed), &pressed),
               sc::kSOk);
-    // No such definition: the simulator refuses it with an exception message, and the demo
-    // does not count it although the call returned S_OK.
+    // No such definition, a block of the wrong size: the simulator refuses them with exception
+    // messages, and the demo does not count them although the calls returned S_OK.
     EXPECT_EQ(api->setDataOnSimObject(handle, 8, sc::SIMCONNECT_OBJECT_ID_USER, 0, 0,
                                       sizeof(pressed), &pressed),
+              sc::kSOk);
+    EXPECT_EQ(api->setDataOnSimObject(handle, 7, sc::SIMCONNECT_OBJECT_ID_USER, 0, 0, 4, &pressed),
               sc::kSOk);
     EXPECT_TRUE(eventually([&] { return simulator.writesReceived() >= 1; }));
     // The aircraft saw the press on a frame and switched its battery on.

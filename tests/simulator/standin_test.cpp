@@ -129,6 +129,7 @@ TEST_F(StandIn, ConnectionsOpenCloseQuitAndCountMisuseOfClosedOrUnknownHandles) 
     };
     standinSetCloseDelay(200);
     EXPECT_GE(millisecondsOf([&] { EXPECT_EQ(api->close(first), sc::kSOk); }), 200);
+    EXPECT_EQ(standin::calls(kStandinClose).at(0).sendId, 2u);  // Open was 1; dispatches are not
     EXPECT_EQ(standinOpenConnectionCount(), 1u);
     standinSetCloseDelay(5000);
     EXPECT_LT(millisecondsOf([&] {
@@ -161,13 +162,20 @@ TEST_F(StandIn, ConnectionsOpenCloseQuitAndCountMisuseOfClosedOrUnknownHandles) 
     EXPECT_EQ(counters.misuseCalls, 3u);
     EXPECT_EQ(counters.nullHandleCalls, 2u);
 
-    // A reset ends every connection: a handle from before it counts as closed.
+    // A reset ends every connection: a handle from before it counts as closed. It also makes
+    // every variable known and Close quick again.
     sc::HANDLE beforeReset = open();
+    standinSetUnknownVariable("L:X");
+    standinSetCloseDelay(5000);
     standinReset();
     EXPECT_LT(api->callDispatch(beforeReset, &collect, nullptr), 0);
     counters = standin::counters();
     EXPECT_EQ(counters.closedHandleCalls, 1u);
     EXPECT_EQ(counters.misuseCalls, 1u);
+    sc::HANDLE afterReset = open();
+    add(afterReset, 1, "L:X");
+    EXPECT_LT(millisecondsOf([&] { api->close(afterReset); }), 5000);
+    EXPECT_EQ(standin::counters().rejectedCalls, 0u);
 }
 
 TEST_F(StandIn, DefinitionsKeepTheirDatumsPerConnectionSetDataWritesThemAndCallsAreRecorded) {
@@ -417,6 +425,9 @@ TEST_F(StandIn, RefusedCallsReturnOkAndTheNextDispatchNamesCodeSendIdAndArgument
         {api->requestSystemState(handle, 3, nullptr), SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3},
         {api->addToDataDefinition(handle, 1, nullptr, "number", sc::SIMCONNECT_DATATYPE_FLOAT64,
                                   0.0f, 0),
+         SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3},
+        {api->addToDataDefinition(handle, 1, "", "number", sc::SIMCONNECT_DATATYPE_FLOAT64, 0.0f,
+                                  0),
          SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 3},
         {api->addToDataDefinition(handle, 1, "GEAR HANDLE POSITION", "bool",
                                   sc::SIMCONNECT_DATATYPE_FLOAT64, 0.0f, 0),
