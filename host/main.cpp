@@ -1,5 +1,6 @@
 // helmbridge-host: loads the module as a cockpit host does and lists its signals, demonstrates
 // it on the simulator stand-in, or runs it as a bench for checking a cockpit's bindings.
+#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -98,6 +99,27 @@ int signalsCommand(const std::filesystem::path& modulePath, const std::vector<st
     return 0;
 }
 
+// The value after --seconds at args[i], from `least` to 600; moves i past it.
+bool parseSeconds(const std::vector<std::string>& args, std::size_t& i, double least,
+                  double& seconds, std::string& error) {
+    if (i + 1 >= args.size()) {
+        error = "--seconds needs a value";
+        return false;
+    }
+    const std::string& value = args[++i];
+    char* end = nullptr;
+    const double parsed = std::strtod(value.c_str(), &end);
+    if (value.empty() || *end != '\0' || !(parsed >= least && parsed <= 600.0)) {
+        char range[64];
+        std::snprintf(range, sizeof range, "from %g to 600", least);
+        error =
+            "--seconds takes a number of seconds " + std::string(range) + ", not '" + value + "'";
+        return false;
+    }
+    seconds = parsed;
+    return true;
+}
+
 int demoCommand(const std::filesystem::path& modulePath, const std::vector<std::string>& args) {
     DemoOptions options;
     options.module = modulePath;
@@ -106,15 +128,8 @@ int demoCommand(const std::filesystem::path& modulePath, const std::vector<std::
         if (args[i] == "--plain") {
             options.plain = true;
         } else if (args[i] == "--seconds") {
-            if (i + 1 >= args.size()) return usageError("--seconds needs a value");
-            const std::string& value = args[++i];
-            char* end = nullptr;
-            const double seconds = std::strtod(value.c_str(), &end);
-            if (value.empty() || *end != '\0' || !(seconds >= 0.0 && seconds <= 600.0)) {
-                return usageError("--seconds takes a number of seconds from 0 to 600, not '" +
-                                  value + "'");
-            }
-            options.seconds = seconds;
+            std::string error;
+            if (!parseSeconds(args, i, 0.0, options.seconds, error)) return usageError(error);
         } else {
             return usageError("demo does not take '" + args[i] + "'");
         }
@@ -143,15 +158,8 @@ int doctorCommand(const std::filesystem::path& modulePath, const std::vector<std
         if (args[i] == "--standin") {
             options.standin = true;
         } else if (args[i] == "--seconds") {
-            if (i + 1 >= args.size()) return usageError("--seconds needs a value");
-            const std::string& value = args[++i];
-            char* end = nullptr;
-            const double seconds = std::strtod(value.c_str(), &end);
-            if (value.empty() || *end != '\0' || !(seconds > 0.0 && seconds <= 600.0)) {
-                return usageError("--seconds takes a number of seconds above 0, up to 600, not '" +
-                                  value + "'");
-            }
-            options.seconds = seconds;
+            std::string error;
+            if (!parseSeconds(args, i, 0.1, options.seconds, error)) return usageError(error);
         } else {
             return usageError("doctor does not take '" + args[i] + "'");
         }
