@@ -17,6 +17,7 @@ ensure_packages() {
                 command -v cmake >/dev/null || missing+=(cmake)
                 command -v ninja >/dev/null || missing+=(ninja-build)
                 command -v g++ >/dev/null || missing+=(g++)
+                command -v clang-format >/dev/null || missing+=(clang-format)
                 [[ -f /usr/src/googletest/CMakeLists.txt ]] || missing+=(googletest)
                 ;;
             windows)

@@ -88,6 +88,16 @@ for preset in "${presets[@]}"; do
     esac
 done
 
+# Every C++ file the project tracks is laid out as .clang-format says.
+step "format"
+if git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror >build/format.log 2>&1; then
+    echo "every C++ file is clang-format clean"
+else
+    grep -E 'error:' build/format.log | cut -d: -f1 | sort -u | sed 's/^/needs clang-format: /'
+    echo "FAILED: clang-format (clang-format -i FILE)"
+    status=1
+fi
+
 step "summary"
 for preset in "${presets[@]}"; do
     printf '%-11s %s\n' "$preset" "$(grep -E 'tests passed|tests failed' "build/$preset/ctest.log" | tail -n 1)"

@@ -2,6 +2,7 @@
 #include "core/variant.h"
 
 #include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 

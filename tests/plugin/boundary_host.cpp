@@ -1,9 +1,9 @@
 // A Visual C++ host at the module's boundary: loads the DLL with LoadLibrary (the host tool's
 // loader), calls all nineteen exports with real standard-library objects (maps that already
 // hold entries, heap-sized strings, callables stored inline and on the heap, callbacks replaced
-// while running), and destroys everything only after Stop and FreeLibrary. Run under Wine's heap checks, a block
-// freed through the wrong heap or freed twice shows as a warn:heap line, which fails the test.
-// Exit code 0 when every check held; each failed check prints one FAIL line.
+// while running), and destroys everything only after Stop and FreeLibrary. Run under Wine's heap
+// checks, a block freed through the wrong heap or freed twice shows as a warn:heap line, which
+// fails the test. Exit code 0 when every check held; each failed check prints one FAIL line.
 #include <windows.h>
 
 #include <array>
