@@ -11,50 +11,62 @@
 #include "bench/allocation_counter.h"
 #include "catalogue/bindings.h"
 #include "catalogue/signal_lists.h"
-#include "core/core.h"
+#include "input/input_side.h"
 #include "output/display_format.h"
+#include "output/output_side.h"
 #include "output/output_values.h"
+#include "store/received_values.h"
+#include "store/write_paths.h"
 
 namespace fenixA320 {
 namespace {
 
-// A core as the exports see it while connected: values received, callbacks installed, no
-// workers (the passes that matter here run on the caller's thread).
+// The parts of a connected module as the exports reach them: values received, callbacks
+// installed, the link up, no workers (the passes that matter here run on the caller's thread).
 struct ConnectedCore {
-    FenixA320Core core;
+    ReceivedValues received;
+    WritePaths writes{WriteLink{nullptr, [](const void*) { return true; },
+                                [](void*, uint32_t, uint32_t, uint32_t, const void*) {}}};
+    InputSide input{helmbridge::platform::systemPlatform(),
+                    WriteTarget{&writes,
+                                [](void* w, uint32_t id, const double* v) {
+                                    static_cast<WritePaths*>(w)->QueueWrite(id, v);
+                                },
+                                [](void* w, uint32_t id, const void* data, uint32_t size) {
+                                    static_cast<WritePaths*>(w)->SetLatestWrite(id, data, size);
+                                }},
+                    received, [] { return true; }};
+    OutputSide output{received};
     uint64_t sink = 0;
 
     ConnectedCore() {
-        core.BuildInputLogic();
-        core.inputsBuilt = true;
-        core.connected.store(true);
-        core.simHandle.store(reinterpret_cast<void*>(0x1));  // never dereferenced: no library
-        core.running.store(true);
+        input.BuildInputLogic(SteadyClock::now() - std::chrono::seconds(1));
+        received.allocate();
         std::mt19937 random(42);
-        for (std::size_t i = 0; i < kDigitOutSlots; ++i) {
-            core.digitOutValues[i].store(random() % 3 == 0 ? 1.0 : 0.0);
-        }
-        for (std::size_t i = 0; i < kDisplaySlots; ++i) {
-            core.displayValues[i].store(static_cast<double>(random() % 100000) / 100.0);
-        }
-        core.digitOutValues[digitOutId::kFcuPower].store(1.0);
-        core.SetDigitOutProc([this](unsigned int id, bool on) {
+        std::vector<double> digits(ReceivedValues::kDigitOutSlots);
+        std::vector<double> displays(ReceivedValues::kDisplaySlots);
+        for (double& v : digits) v = random() % 3 == 0 ? 1.0 : 0.0;
+        for (double& v : displays) v = static_cast<double>(random() % 100000) / 100.0;
+        digits[digitOutId::kFcuPower] = 1.0;
+        received.storeDigitOut(reinterpret_cast<const unsigned char*>(digits.data()),
+                               digits.size());
+        received.storeDisplay(reinterpret_cast<const unsigned char*>(displays.data()),
+                              displays.size());
+        output.SetDigitOutProc([this](unsigned int id, bool on) {
             sink += id + (on ? 1u : 0u);
             return true;
         });
-        core.SetDisplayProc([this](unsigned int id, std::string text) {
+        output.SetDisplayProc([this](unsigned int id, std::string text) {
             sink += id + text.size();
             return true;
         });
-        core.SetPwmProc([this](unsigned int id, double level) {
+        output.SetPwmProc([this](unsigned int id, double level) {
             sink += id + static_cast<uint64_t>(level);
             return true;
         });
     }
-    ~ConnectedCore() {
-        core.simHandle.store(nullptr);
-        core.connected.store(false);
-    }
+    void UpdateOutput() { output.updateOutput(0.0); }
+    void SetDigitIn(int32_t id, bool state) { input.SetDigitIn(id, state, SteadyClock::now()); }
 };
 
 // Runs the timed loop and reports heap allocations per iteration.
@@ -70,7 +82,7 @@ void measured(benchmark::State& state, Body&& body) {
 
 void BM_UpdateOutputCycle(benchmark::State& state) {
     ConnectedCore fixture;
-    measured(state, [&] { benchmark::DoNotOptimize(fixture.core.UpdateOutput()); });
+    measured(state, [&] { benchmark::DoNotOptimize((fixture.UpdateOutput(), true)); });
     benchmark::DoNotOptimize(fixture.sink);
 }
 BENCHMARK(BM_UpdateOutputCycle);
@@ -93,10 +105,10 @@ void BM_UpdateOutputFloor(benchmark::State& state) {
         levels.emplace_back(id, level);
         return true;
     };
-    fixture.core.SetDigitOutProc(digitOut);
-    fixture.core.SetDisplayProc(display);
-    fixture.core.SetPwmProc(pwm);
-    fixture.core.UpdateOutput();  // records one cycle's arguments
+    fixture.output.SetDigitOutProc(digitOut);
+    fixture.output.SetDisplayProc(display);
+    fixture.output.SetPwmProc(pwm);
+    (fixture.UpdateOutput(), true);  // records one cycle's arguments
     state.counters["host_calls"] =
         benchmark::Counter(static_cast<double>(lamps.size() + texts.size() + levels.size()));
 
@@ -126,15 +138,15 @@ BENCHMARK(BM_UpdateOutputFloor);
 // display format for each of the 143 displays), which the floor above gets for free.
 void BM_UpdateOutputDisplayTexts(benchmark::State& state) {
     ConnectedCore fixture;
-    const OutputValues values{fixture.core.digitOutValues.get(), fixture.core.displayValues.get()};
+    const OutputValues values{fixture.received.digitOutArray(), fixture.received.displayArray()};
     std::vector<uint32_t> ids;
     for (const auto& entry : displaySigList()) ids.push_back(static_cast<uint32_t>(entry.first));
     std::size_t length = 0;
     measured(state, [&] {
-        for (std::size_t slot = 0; slot < ids.size() && slot < kDisplaySlots; ++slot) {
+        for (std::size_t slot = 0; slot < ids.size() && slot < ReceivedValues::kDisplaySlots;
+             ++slot) {
             ValueTextBuffer buffer;
-            const std::string_view text = displayValueText(
-                fixture.core.displayValues[slot].load(std::memory_order_relaxed), buffer);
+            const std::string_view text = displayValueText(fixture.received.display(slot), buffer);
             length += formatDisplay(ids[slot], text, values).size();
         }
     });
@@ -161,10 +173,9 @@ int32_t positionSwitchInput() {
 }
 
 // The writer's own pass empties the paths now and then, as it would every 5 ms.
-void drain(FenixA320Core& core, uint64_t& events) {
+void drain(ConnectedCore& fixture, uint64_t& events) {
     if (++events % 8 != 0) return;
-    std::lock_guard queue(core.queueMutex);
-    core.writeQueue.clear();
+    fixture.writes.clear();
 }
 
 void BM_SetDigitInOneVariable(benchmark::State& state) {
@@ -173,8 +184,8 @@ void BM_SetDigitInOneVariable(benchmark::State& state) {
     bool on = false;
     uint64_t events = 0;
     measured(state, [&] {
-        fixture.core.SetDigitIn(id, on = !on);
-        drain(fixture.core, events);
+        fixture.SetDigitIn(id, on = !on);
+        drain(fixture, events);
     });
     state.SetLabel("digital input " + std::to_string(id));
 }
@@ -186,8 +197,8 @@ void BM_SetDigitInPanelKey(benchmark::State& state) {
     bool on = false;
     uint64_t events = 0;
     measured(state, [&] {
-        fixture.core.SetDigitIn(id, on = !on);
-        drain(fixture.core, events);
+        fixture.SetDigitIn(id, on = !on);
+        drain(fixture, events);
     });
     state.SetLabel("digital input " + std::to_string(id));
 }
@@ -199,8 +210,8 @@ void BM_SetDigitInPositionSwitch(benchmark::State& state) {
     bool on = false;
     uint64_t events = 0;
     measured(state, [&] {
-        fixture.core.SetDigitIn(id, on = !on);
-        drain(fixture.core, events);
+        fixture.SetDigitIn(id, on = !on);
+        drain(fixture, events);
     });
     state.SetLabel("digital input " + std::to_string(id));
 }
@@ -211,8 +222,8 @@ void BM_SetEncoder(benchmark::State& state) {
     int32_t direction = 1;
     uint64_t events = 0;
     measured(state, [&] {
-        fixture.core.SetEncoder(2, direction = -direction);
-        drain(fixture.core, events);
+        fixture.input.SetEncoder(2, direction = -direction);
+        drain(fixture, events);
     });
 }
 BENCHMARK(BM_SetEncoder);
@@ -224,7 +235,7 @@ void analogBench(benchmark::State& state, int32_t id, double low, double high) {
     measured(state, [&] {
         up = !up;
         try {
-            fixture.core.SetAnalog(id, up ? high : low);
+            fixture.input.SetAnalog(id, up ? high : low);
         } catch (const std::exception&) {
             state.SkipWithError("value out of range");
         }
@@ -242,8 +253,8 @@ void BM_QueueWriteFloor(benchmark::State& state) {
     const double value = 1.0;
     uint64_t events = 0;
     measured(state, [&] {
-        fixture.core.QueueWrite(1001, &value);
-        drain(fixture.core, events);
+        fixture.writes.QueueWrite(1001, &value);
+        drain(fixture, events);
     });
 }
 BENCHMARK(BM_QueueWriteFloor);
@@ -253,7 +264,7 @@ void BM_SetLatestWriteFloor(benchmark::State& state) {
     double value = 1.0;
     measured(state, [&] {
         value = -value;
-        fixture.core.SetLatestWrite(2111, &value, sizeof(value));
+        fixture.writes.SetLatestWrite(2111, &value, sizeof(value));
     });
 }
 BENCHMARK(BM_SetLatestWriteFloor);

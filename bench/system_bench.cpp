@@ -302,7 +302,7 @@ int encoderBurst(int detents) {
         return arrivals.empty() ? 0.0
                                 : std::chrono::duration<double>(arrivals.back().at - start).count();
     }();
-    const uint64_t dropped = core.droppedWrites.load();
+    const uint64_t dropped = core.droppedWrites();
     core.Stop();
     standinStopFrameThread();
     std::lock_guard lock(arrivalsMutex);

@@ -1,16 +1,17 @@
 // The SimConnect connection: search and open, keep-alive, stall watchdog, message handling and
 // the registration of every data definition, request and event.
+#include "core/connection.h"
+
 #include <cstring>
 #include <string>
 
 #include "catalogue/bindings.h"
 #include "catalogue/signal_lists.h"
-#include "core/core.h"
 #include "core/variant.h"
 
 namespace fenixA320 {
 
-namespace sc = helmbridge::simconnect;
+namespace platform = helmbridge::platform;
 using std::chrono::seconds;
 
 namespace {
@@ -27,8 +28,11 @@ constexpr sc::DWORD EVT_PAUSE = 9003;
 constexpr sc::DWORD EVT_SIM = 9004;
 constexpr sc::DWORD EVT_CRASHED = 9005;
 
+// The keep-alive counter counts connect passes (one a second): keep-alives from the third pass
+// of a cycle, a reconnect at the fifth. Start sets it beyond, so the first pass connects.
 constexpr int32_t kKeepAliveFirst = 3;
 constexpr int32_t kReconnectCount = 5;
+constexpr int32_t kConnectAtOnce = 10;
 constexpr Nanos kStallAge = seconds(5);
 constexpr Nanos kResumeGrace = seconds(10);
 constexpr Nanos kEventGrace = seconds(60);
@@ -63,35 +67,17 @@ std::string lvar(std::string_view name) {
     return datum;
 }
 
-// Copies a read block into its value array when the block carries every datum.
-void copyBlock(const sc::SIMCONNECT_RECV* message, sc::DWORD size, std::size_t count,
-               std::atomic<double>* values) {
-    if (values == nullptr || count == 0) return;
-    if (size < sc::kSimObjectDataHeaderSize + 8 * count) return;
-    const unsigned char* payload = sc::simObjectPayload(message);
-    for (std::size_t slot = 0; slot < count; ++slot) {
-        double value = 0.0;
-        std::memcpy(&value, payload + 8 * slot, sizeof(value));
-        values[slot].store(value, std::memory_order_relaxed);
-    }
-}
-
 }  // namespace
 
-void FenixA320Core::ConnectLoop(FenixA320Core& core) {
-    runPeriodic(core.connectWorker, Pacing::BoundedCatchUp,
-                [&core](TimePoint now) { core.connectPass(now); });
+void Connection::begin() {
+    linkCheckCount_.store(kConnectAtOnce);
+    searchReported_.store(false);
 }
 
-void FenixA320Core::DispatchLoop(FenixA320Core& core) {
-    runPeriodic(core.dispatchWorker, Pacing::BoundedCatchUp,
-                [&core](TimePoint now) { core.dispatchPass(now); });
-}
-
-void FenixA320Core::connectPass(TimePoint now) {
-    int32_t count = linkCheckCount.load();
+void Connection::connectPass(TimePoint now) {
+    int32_t count = linkCheckCount_.load();
     if (count < kReconnectCount) {
-        count = linkCheckCount.fetch_add(1) + 1;
+        count = linkCheckCount_.fetch_add(1) + 1;
         if (count < kReconnectCount) {
             if (count >= kKeepAliveFirst) requestKeepAlive();
             stallCheck(now);
@@ -102,88 +88,88 @@ void FenixA320Core::connectPass(TimePoint now) {
     stallCheck(now);
 }
 
-void FenixA320Core::requestKeepAlive() {
+void Connection::requestKeepAlive() {
     // Sent while searching too, on the null handle: the client library answers with a failure.
-    std::lock_guard lock(simMutex);
-    const platform::SimConnectApi* api = simApi.load();
-    if (api != nullptr) api->requestSystemState(simHandle.load(), REQ_SIM_STATE, "Sim");
+    std::lock_guard lock(simMutex_);
+    const platform::SimConnectApi* api = simApi_.load();
+    if (api != nullptr) api->requestSystemState(simHandle_.load(), REQ_SIM_STATE, "Sim");
 }
 
-void FenixA320Core::reconnect() {
-    connected.store(false);
+void Connection::reconnect() {
+    connected_.store(false);
     // Each attempt binds the client library if it is not bound yet; while it is missing the
     // attempt fails like a refused open and no SimConnect call is made.
-    const platform::SimConnectApi* api = simApi.load();
+    const platform::SimConnectApi* api = simApi_.load();
     if (api == nullptr) {
-        api = seam.bindSimConnect();
-        simApi.store(api);
-        if (api == nullptr && seam.simConnectSearchReport != nullptr &&
-            !searchReported.exchange(true)) {
-            const std::string line = "[HelmBridge] " + seam.simConnectSearchReport() + "\n";
-            seam.debugOutput(line.c_str());
+        api = seam_.bindSimConnect();
+        simApi_.store(api);
+        if (api == nullptr && seam_.simConnectSearchReport != nullptr &&
+            !searchReported_.exchange(true)) {
+            const std::string line = "[HelmBridge] " + seam_.simConnectSearchReport() + "\n";
+            seam_.debugOutput(line.c_str());
         }
     }
     {
-        std::lock_guard lock(simMutex);
-        if (api != nullptr) api->close(simHandle.load());
-        simHandle.store(nullptr);
+        std::lock_guard lock(simMutex_);
+        if (api != nullptr) api->close(simHandle_.load());
+        simHandle_.store(nullptr);
     }
-    const platform::ProbeResult probe = seam.probeSimulatorProcess();
-    const bool configFile = seam.simConnectCfgPresent();
+    const platform::ProbeResult probe = seam_.probeSimulatorProcess();
+    const bool configFile = seam_.simConnectCfgPresent();
     if (probe == platform::ProbeResult::kNotFound && !configFile) {
-        linkCheckCount.store(0);
+        linkCheckCount_.store(0);
         return;
     }
     if (api != nullptr) {
-        std::lock_guard lock(simMutex);
+        std::lock_guard lock(simMutex_);
         sc::HANDLE handle = nullptr;
         if (api->open(&handle, kClientName, nullptr, 0, nullptr, 0) == 0 && handle != nullptr) {
-            simHandle.store(handle);
-            connected.store(true);
+            simHandle_.store(handle);
+            connected_.store(true);
         }
     }
-    linkCheckCount.store(0);
+    linkCheckCount_.store(0);
 }
 
-void FenixA320Core::stallCheck(TimePoint now) {
-    if (!connected.load() || !clockSeen.load() || simHandle.load() == nullptr ||
-        !simRunning.load() || simPaused.load()) {
+void Connection::stallCheck(TimePoint now) {
+    if (!connected_.load() || !clockSeen_.load() || simHandle_.load() == nullptr ||
+        !simRunning_.load() || simPaused_.load()) {
         return;
     }
-    const Nanos age = now - freshUntil.load();
-    if (rerequestPending.load() == 0) {
+    const Nanos age = now - freshUntil_.load();
+    if (rerequestPending_.load() == 0) {
         if (age >= kStallAge) {
             RerequestSimData();
-            rerequestPending.store(1);
-            rerequestTime = now;
+            rerequestPending_.store(1);
+            rerequestTime_ = now;
         }
     } else if (age < kStallAge) {
-        rerequestPending.store(0);
-    } else if (now - rerequestTime >= kStallAge) {
-        linkCheckCount.store(kReconnectCount);
-        rerequestPending.store(0);
+        rerequestPending_.store(0);
+    } else if (now - rerequestTime_ >= kStallAge) {
+        linkCheckCount_.store(kReconnectCount);
+        rerequestPending_.store(0);
     }
 }
 
-void FenixA320Core::dispatchPass(TimePoint now) {
-    if (!connected.load() || simHandle.load() == nullptr) return;
-    std::lock_guard lock(simMutex);
-    const platform::SimConnectApi* api = simApi.load();
-    sc::HANDLE handle = simHandle.load();
+void Connection::dispatchPass(TimePoint now) {
+    if (!connected_.load() || simHandle_.load() == nullptr) return;
+    std::lock_guard lock(simMutex_);
+    const platform::SimConnectApi* api = simApi_.load();
+    sc::HANDLE handle = simHandle_.load();
     if (api == nullptr || handle == nullptr) return;
-    dispatchNow = now;
-    api->callDispatch(handle, &FenixA320Core::HandleSimMessage, this);
+    dispatchNow_ = now;
+    api->callDispatch(handle, &Connection::HandleSimMessage, this);
 }
 
-void HELMBRIDGE_SIMCONNECT_CALL FenixA320Core::HandleSimMessage(sc::SIMCONNECT_RECV* data,
-                                                                sc::DWORD size, void* context) {
+void HELMBRIDGE_SIMCONNECT_CALL Connection::HandleSimMessage(sc::SIMCONNECT_RECV* data,
+                                                             sc::DWORD size, void* context) {
     if (context == nullptr) return;
-    auto* core = static_cast<FenixA320Core*>(context);
-    core->handleSimMessage(data, size, core->dispatchNow);
+    auto* connection = static_cast<Connection*>(context);
+    connection->handleSimMessage(data, size, connection->dispatchNow_);
 }
 
-void FenixA320Core::handleSimMessage(const sc::SIMCONNECT_RECV* message, sc::DWORD size,
-                                     TimePoint now) {
+void Connection::handleSimMessage(const sc::SIMCONNECT_RECV* message, sc::DWORD size,
+                                  TimePoint now) {
     sc::SIMCONNECT_RECV header{};
     if (!sc::readMessage(message, size, header)) return;
     switch (header.dwID) {
@@ -222,30 +208,30 @@ void FenixA320Core::handleSimMessage(const sc::SIMCONNECT_RECV* message, sc::DWO
     }
 }
 
-void FenixA320Core::keepAliveAnswered() {
+void Connection::keepAliveAnswered() {
     // An answer proves the link, not the data stream: it must not cancel a reconnect that the
     // stall check has armed. Otherwise the answer to a keep-alive sent in the arming pass resets
     // the count, and with a keep-alive every 3 passes and a stall cycle of 6 the two can stay in
     // step, so a stalled stream would never be rebuilt.
-    int32_t count = linkCheckCount.load();
-    while (count < kReconnectCount && !linkCheckCount.compare_exchange_weak(count, 0)) {
+    int32_t count = linkCheckCount_.load();
+    while (count < kReconnectCount && !linkCheckCount_.compare_exchange_weak(count, 0)) {
     }
 }
 
-void FenixA320Core::onEvent(sc::DWORD eventId, sc::DWORD value, TimePoint now) {
+void Connection::onEvent(sc::DWORD eventId, sc::DWORD value, TimePoint now) {
     switch (eventId) {
         case EVT_PAUSE:
-            simPaused.store(value != 0);
+            simPaused_.store(value != 0);
             if (value == 0) {
-                freshUntil.store(now + kResumeGrace);
-                rerequestPending.store(0);
+                freshUntil_.store(now + kResumeGrace);
+                rerequestPending_.store(0);
             }
             break;
         case EVT_SIM:
-            simRunning.store(value != 0);
+            simRunning_.store(value != 0);
             if (value != 0) {
-                freshUntil.store(now + kEventGrace);
-                rerequestPending.store(0);
+                freshUntil_.store(now + kEventGrace);
+                rerequestPending_.store(0);
             }
             break;
         case EVT_CRASHED:
@@ -256,8 +242,8 @@ void FenixA320Core::onEvent(sc::DWORD eventId, sc::DWORD value, TimePoint now) {
     }
 }
 
-void FenixA320Core::onSimObjectData(const sc::SIMCONNECT_RECV* message, sc::DWORD size,
-                                    TimePoint now) {
+void Connection::onSimObjectData(const sc::SIMCONNECT_RECV* message, sc::DWORD size,
+                                 TimePoint now) {
     sc::SIMCONNECT_RECV_SIMOBJECT_DATA data{};
     // The structure's own size counts one datum; shorter messages carry no request id.
     if (size < sc::kSimObjectDataHeaderSize) return;
@@ -265,16 +251,19 @@ void FenixA320Core::onSimObjectData(const sc::SIMCONNECT_RECV* message, sc::DWOR
     if (data.dwSize < size) size = data.dwSize;
     switch (data.dwRequestID) {
         case REQ_DIGIT_OUT:
-            copyBlock(message, size, digitOutSigList().size(), digitOutValues.get());
+            // A block that lacks a datum is dropped whole.
+            if (size >= sc::kSimObjectDataHeaderSize + 8 * digitOutSigList().size())
+                received_.storeDigitOut(sc::simObjectPayload(message), digitOutSigList().size());
             break;
         case REQ_DISPLAY:
-            copyBlock(message, size, displaySigList().size(), displayValues.get());
+            if (size >= sc::kSimObjectDataHeaderSize + 8 * displaySigList().size())
+                received_.storeDisplay(sc::simObjectPayload(message), displaySigList().size());
             break;
         case REQ_TITLE:
             if (size >= kTitleMessageSize) {
                 char title[257] = {};
                 std::memcpy(title, sc::simObjectPayload(message), 256);
-                DetectVariant(&variant, title, seam.debugOutput);
+                DetectVariant(&variant_, title, seam_.debugOutput);
             }
             break;
         case REQ_CLOCK:
@@ -289,39 +278,39 @@ void FenixA320Core::onSimObjectData(const sc::SIMCONNECT_RECV* message, sc::DWOR
     }
 }
 
-void FenixA320Core::clockReset(TimePoint now) {
-    clockAdvancing.store(false);
-    clockRiseCount = 0;
-    lastClockValue = -1.0;
-    freshUntil.store(now + kEventGrace);
-    rerequestPending.store(0);
+void Connection::clockReset(TimePoint now) {
+    clockAdvancing_.store(false);
+    clockRiseCount_ = 0;
+    lastClockValue_ = -1.0;
+    freshUntil_.store(now + kEventGrace);
+    rerequestPending_.store(0);
 }
 
-void FenixA320Core::clockReading(double value, TimePoint now) {
+void Connection::clockReading(double value, TimePoint now) {
     if (value > 0.5) {
-        clockSeen.store(true);
-        if (simRunning.load() && !simPaused.load()) {
-            if (acceptedClock < 0.0 ||
-                (value >= acceptedClock && value <= acceptedClock + kClockWindow)) {
-                acceptedClock = value;
-                freshUntil.store(now);
+        clockSeen_.store(true);
+        if (simRunning_.load() && !simPaused_.load()) {
+            if (acceptedClock_ < 0.0 ||
+                (value >= acceptedClock_ && value <= acceptedClock_ + kClockWindow)) {
+                acceptedClock_ = value;
+                freshUntil_.store(now);
             }
         }
-        if (value > lastClockValue) {
-            if (++clockRiseCount >= 2) clockAdvancing.store(true);
-            lastClockValue = value;
+        if (value > lastClockValue_) {
+            if (++clockRiseCount_ >= 2) clockAdvancing_.store(true);
+            lastClockValue_ = value;
             return;
         }
     }
-    clockRiseCount = 0;
-    clockAdvancing.store(false);
-    lastClockValue = value;
+    clockRiseCount_ = 0;
+    clockAdvancing_.store(false);
+    lastClockValue_ = value;
 }
 
-void FenixA320Core::RegisterSimData() {
-    std::lock_guard lock(simMutex);
-    const platform::SimConnectApi* api = simApi.load();
-    sc::HANDLE handle = simHandle.load();
+void Connection::RegisterSimData() {
+    std::lock_guard lock(simMutex_);
+    const platform::SimConnectApi* api = simApi_.load();
+    sc::HANDLE handle = simHandle_.load();
     if (api == nullptr || handle == nullptr) return;
     const auto addNumber = [&](uint32_t defineId, std::string_view variable) {
         api->addToDataDefinition(handle, defineId, lvar(variable).c_str(), "number",
@@ -357,27 +346,27 @@ void FenixA320Core::RegisterSimData() {
         api->subscribeToSystemEvent(handle, event.id, event.name);
 }
 
-void FenixA320Core::requestBlocks(const platform::SimConnectApi& api, void* handle) {
+void Connection::requestBlocks(const platform::SimConnectApi& api, void* handle) {
     api.requestDataOnSimObject(handle, REQ_DISPLAY, DEF_DISPLAY, sc::SIMCONNECT_OBJECT_ID_USER,
                                sc::SIMCONNECT_PERIOD_SIM_FRAME, 0, 0, 0, 0);
     api.requestDataOnSimObject(handle, REQ_DIGIT_OUT, DEF_DIGIT_OUT, sc::SIMCONNECT_OBJECT_ID_USER,
                                sc::SIMCONNECT_PERIOD_SIM_FRAME, 0, 0, 0, 0);
 }
 
-void FenixA320Core::RerequestSimData() {
-    std::lock_guard lock(simMutex);
-    const platform::SimConnectApi* api = simApi.load();
-    sc::HANDLE handle = simHandle.load();
+void Connection::RerequestSimData() {
+    std::lock_guard lock(simMutex_);
+    const platform::SimConnectApi* api = simApi_.load();
+    sc::HANDLE handle = simHandle_.load();
     if (api == nullptr || handle == nullptr) return;
     requestBlocks(*api, handle);
     api->requestDataOnSimObject(handle, REQ_CLOCK, DEF_CLOCK, sc::SIMCONNECT_OBJECT_ID_USER,
                                 sc::SIMCONNECT_PERIOD_SECOND, 0, 0, 0, 0);
 }
 
-void FenixA320Core::UnregisterSimData() {
-    std::lock_guard lock(simMutex);
-    const platform::SimConnectApi* api = simApi.load();
-    sc::HANDLE handle = simHandle.load();
+void Connection::UnregisterSimData() {
+    std::lock_guard lock(simMutex_);
+    const platform::SimConnectApi* api = simApi_.load();
+    sc::HANDLE handle = simHandle_.load();
     if (api == nullptr || handle == nullptr) return;
     forEachVariableDefinition([&](const VarBinding& row) {
         api->clearDataDefinition(handle, static_cast<uint32_t>(row.defineId));
@@ -389,20 +378,36 @@ void FenixA320Core::UnregisterSimData() {
     for (const EventName& event : kEvents) api->unsubscribeFromSystemEvent(handle, event.id);
 }
 
-void FenixA320Core::closeConnection() {
-    std::lock_guard lock(simMutex);
-    const platform::SimConnectApi* api = simApi.load();
-    sc::HANDLE handle = simHandle.load();
-    if (api != nullptr && handle != nullptr) api->close(handle);
-    simHandle.store(nullptr);
+void Connection::close(TimePoint now) {
+    resetLiveness(now);
+    {
+        std::lock_guard lock(simMutex_);
+        const platform::SimConnectApi* api = simApi_.load();
+        sc::HANDLE handle = simHandle_.load();
+        if (api != nullptr && handle != nullptr) api->close(handle);
+        simHandle_.store(nullptr);
+    }
+    connected_.store(false);
 }
 
-void FenixA320Core::sendData(uint32_t defineId, uint32_t arrayCount, uint32_t unitSize,
-                             const void* data) {
-    std::lock_guard lock(simMutex);
-    const platform::SimConnectApi* api = simApi.load();
-    sc::HANDLE handle = simHandle.load();
-    if (api == nullptr || handle == nullptr || !connected.load(std::memory_order_relaxed)) return;
+void Connection::resetLiveness(TimePoint now) {
+    clockAdvancing_.store(false);
+    clockRiseCount_ = 0;
+    lastClockValue_ = -1.0;
+    clockSeen_.store(false);
+    rerequestPending_.store(0);
+    freshUntil_.store(now);
+    acceptedClock_ = -1.0;
+    simRunning_.store(true);
+    simPaused_.store(false);
+}
+
+void Connection::sendData(uint32_t defineId, uint32_t arrayCount, uint32_t unitSize,
+                          const void* data) {
+    std::lock_guard lock(simMutex_);
+    const platform::SimConnectApi* api = simApi_.load();
+    sc::HANDLE handle = simHandle_.load();
+    if (api == nullptr || handle == nullptr || !connected_.load(std::memory_order_relaxed)) return;
     api->setDataOnSimObject(handle, defineId, sc::SIMCONNECT_OBJECT_ID_USER, 0, arrayCount,
                             unitSize, const_cast<void*>(data));
 }

@@ -1,8 +1,7 @@
-// Construction, start and stop of the core, and its worker loops.
+// Construction, start and stop of the core, and the table of its workers.
 #include "core/core.h"
 
 #include <chrono>
-#include <thread>
 
 #include "catalogue/bindings.h"
 #include "catalogue/signal_lists.h"
@@ -27,11 +26,54 @@ void buildTables() {
     static_cast<void>(variableNumber({}));
 }
 
+// Stop lets the writer and dispatch threads finish what is in flight before it stops them.
+constexpr Nanos kUnregisterPause = milliseconds(200);
+constexpr int32_t kDomeLightKey = 611;  // S_OH_INT_LT_DOME
+
+WriteLink linkOf(Connection& connection) {
+    return {&connection,
+            [](const void* context) { return static_cast<const Connection*>(context)->linkUp(); },
+            [](void* context, uint32_t defineId, uint32_t arrayCount, uint32_t unitSize,
+               const void* data) {
+                static_cast<Connection*>(context)->sendData(defineId, arrayCount, unitSize, data);
+            }};
+}
+
+WriteTarget targetOf(WritePaths& writes) {
+    return {&writes,
+            [](void* context, uint32_t defineId, const double* value) {
+                static_cast<WritePaths*>(context)->QueueWrite(defineId, value);
+            },
+            [](void* context, uint32_t defineId, const void* data, uint32_t size) {
+                static_cast<WritePaths*>(context)->SetLatestWrite(defineId, data, size);
+            }};
+}
+
 }  // namespace
 
-FenixA320Core::FenixA320Core(const platform::Platform& seam) : seam(seam) {
+// One worker: its period as Start sets it, its pacing and the pass it repeats.
+struct FenixA320Core::WorkerSpec {
+    const char* name;
+    uint16_t periodMs;
+    Pacing pacing;
+    void (FenixA320Core::*pass)(TimePoint now);
+};
+
+// In the order Start starts them; the writer last, after its paths were emptied.
+const std::array<FenixA320Core::WorkerSpec, 6> FenixA320Core::kWorkers{{
+    {"connect", 1000, Pacing::BoundedCatchUp, &FenixA320Core::connectPass},
+    {"dispatch", 15, Pacing::BoundedCatchUp, &FenixA320Core::dispatchPass},
+    {"servo", 50, Pacing::FixedRate, &FenixA320Core::servoPass},
+    {"rudder trim", 10, Pacing::FixedRateTripleStep, &FenixA320Core::rudderTrimPass},
+    {"input refresh", 50, Pacing::FixedPause, &FenixA320Core::inputReplayPass},
+    {"writer", 5, Pacing::BoundedCatchUp, &FenixA320Core::writerPass},
+}};
+
+FenixA320Core::FenixA320Core(const platform::Platform& seam)
+    : seam(seam),
+      writes(linkOf(connection)),
+      input(seam, targetOf(writes), received, [this] { return connection.connected(); }) {
     buildTables();
-    initReplayMemories();
 }
 
 FenixA320Core::~FenixA320Core() {
@@ -45,50 +87,45 @@ FenixA320Core::~FenixA320Core() {
 }
 
 void FenixA320Core::abandonWorkers() {
-    for (PeriodicWorker* worker : {&connectWorker, &dispatchWorker, &servoWorker, &rudderTrimWorker,
-                                   &inputRefreshWorker, &writerWorker}) {
-        if (!worker->thread) continue;
-        worker->keepRunning.store(false);
-        worker->thread->detach();
-        worker->thread.reset();
+    for (PeriodicWorker& worker : workers) {
+        if (!worker.thread) continue;
+        worker.keepRunning.store(false);
+        worker.thread->detach();
+        worker.thread.reset();
     }
 }
 
+void FenixA320Core::BuildInputLogic() {
+    if (inputsBuilt) return;
+    input.BuildInputLogic(seam.now());
+    received.allocate();
+    inputsBuilt = true;
+}
+
 bool FenixA320Core::Start() {
-    if (!inputsBuilt) {
-        BuildInputLogic();
-        inputsBuilt = true;
-    }
+    BuildInputLogic();
     if (running.load()) Stop();
     // From here on worker threads run module code: a host that unloads without Stop must not
     // unmap it under them.
     selfReference.take();
-    linkCheckCount.store(10);
-    searchReported.store(false);
+    connection.begin();
 
-    connectWorker.StopWorker();
-    dispatchWorker.StopWorker();
-    connectWorker.periodMs.store(1000);
-    connectWorker.StartWorker([this] { ConnectLoop(*this); });
-    dispatchWorker.periodMs.store(15);
-    dispatchWorker.StartWorker([this] { DispatchLoop(*this); });
-
-    servoWorker.StopWorker();
-    servoWorker.periodMs.store(50);
-    servoWorker.StartWorker([this] { ServoLoop(*this); });
-    rudderTrimWorker.StopWorker();
-    rudderTrimWorker.periodMs.store(10);
-    rudderTrimWorker.StartWorker([this] { RudderTrimLoop(*this); });
-    inputRefreshWorker.StopWorker();
-    inputRefreshWorker.periodMs.store(50);
-    inputRefreshWorker.StartWorker([this] { InputReplayLoop(*this); });
-
-    writerWorker.StopWorker();
-    clearWritePaths();
-    droppedWrites.store(0);
-    // The held set depends only on constant tables and was built with the core.
-    writerWorker.periodMs.store(5);
-    writerWorker.StartWorker([this] { WriterLoop(*this); });
+    const LoopClock clock{seam.now, seam.sleepUntil};
+    for (std::size_t i = 0; i < kWorkers.size(); ++i) {
+        const WorkerSpec& spec = kWorkers[i];
+        PeriodicWorker& worker = workers[i];
+        worker.StopWorker();
+        if (&spec == &kWorkers.back()) {
+            writes.clear();
+            writes.resetDroppedWrites();
+        }
+        worker.periodMs.store(spec.periodMs);
+        worker.StartWorker([this, &worker, &spec, clock] {
+            runPeriodic(
+                worker, spec.pacing, [this, &spec](TimePoint now) { (this->*spec.pass)(now); },
+                clock);
+        });
+    }
 
     running.store(true);
     return true;
@@ -104,86 +141,58 @@ bool FenixA320Core::Stop() {
 
 void FenixA320Core::halt() {
     running.store(false);
-    if (simHandle.load() != nullptr) {
-        UnregisterSimData();
-        // Let the writer and dispatch threads finish what is in flight.
-        std::this_thread::sleep_for(milliseconds(200));
+    if (connection.hasHandle()) {
+        connection.UnregisterSimData();
+        seam.sleepUntil(seam.now() + kUnregisterPause);
     }
-    dispatchWorker.StopWorker();
-    connectWorker.StopWorker();
-    servoWorker.StopWorker();
-    rudderTrimWorker.StopWorker();
-    inputRefreshWorker.StopWorker();
-    writerWorker.StopWorker();
+    // The dispatch worker first, so no message arrives while the others stop.
+    for (const std::size_t i : {1, 0, 2, 3, 4, 5}) workers[i].StopWorker();
 
-    clearWritePaths();
-    for (auto& [id, memory] : lastDigitIn) memory.seen = false;
-    for (auto& [id, memory] : lastAnalog) memory.seen = false;
-    // Selectors, like inputs, are re-asserted only once the host reports them in the next run.
-    for (SwitchEntry& entry : input.switches) entry.reported = false;
-    resetLiveness(SteadyClock::now());
-
-    closeConnection();
-    connected.store(false);
+    writes.clear();
+    input.forgetReported();
+    connection.close(seam.now());
 }
 
-void FenixA320Core::resetLiveness(TimePoint now) {
-    clockAdvancing.store(false);
-    clockRiseCount = 0;
-    lastClockValue = -1.0;
-    clockSeen.store(false);
-    rerequestPending.store(0);
-    freshUntil.store(now);
-    acceptedClock = -1.0;
-    simRunning.store(true);
-    simPaused.store(false);
+int FenixA320Core::workerThreads() const {
+    int count = 0;
+    for (const PeriodicWorker& worker : workers) count += worker.thread ? 1 : 0;
+    return count;
 }
 
-void FenixA320Core::BuildInputLogic() {
-    buildInputSide();
-    digitOutValues = std::make_unique<std::atomic<double>[]>(kDigitOutSlots);
-    displayValues = std::make_unique<std::atomic<double>[]>(kDisplaySlots);
-    for (std::size_t i = 0; i < kDigitOutSlots; ++i) digitOutValues[i].store(0.0);
-    for (std::size_t i = 0; i < kDisplaySlots; ++i) displayValues[i].store(0.0);
+void FenixA320Core::inputReplayPass(TimePoint now) {
+    input.inputReplayPass(now,
+                          {running.load(), connection.connected(), connection.clockAdvancing()});
 }
+
+bool FenixA320Core::UpdateOutput() {
+    if (!connection.connected()) return false;
+    if (running.load()) output.updateOutput(input.switchVarValue(kDomeLightKey));
+    return true;
+}
+
+void FenixA320Core::SetDigitIn(int32_t id, bool state) { input.SetDigitIn(id, state, seam.now()); }
+void FenixA320Core::SetEncoder(int32_t id, int32_t direction) { input.SetEncoder(id, direction); }
+void FenixA320Core::SetAnalog(int32_t id, double value) { input.SetAnalog(id, value); }
 
 bool FenixA320Core::SetDigitOutProc(DigitOutProc proc) {
-    digitOutProc = std::move(proc);
+    output.SetDigitOutProc(std::move(proc));
     return true;
 }
 bool FenixA320Core::SetDisplayProc(DisplayProc proc) {
-    displayProc = std::move(proc);
+    output.SetDisplayProc(std::move(proc));
     return true;
 }
 bool FenixA320Core::SetServoProc(ServoProc proc) {
-    servoProc = std::move(proc);
+    output.SetServoProc(std::move(proc));
     return true;
 }
 bool FenixA320Core::SetServoSpeedProc(ServoProc proc) {
-    servoSpeedProc = std::move(proc);
+    output.SetServoSpeedProc(std::move(proc));
     return true;
 }
-
-// Backlight drivers cannot show levels below 50 of 2500: send them as off.
 bool FenixA320Core::SetPwmProc(PwmProc proc) {
-    pwmProc = [host = std::move(proc)](unsigned int channel, double level) {
-        if (!host) return false;
-        return host(channel, level < 50.0 ? 0.0 : level);
-    };
+    output.SetPwmProc(std::move(proc));
     return true;
-}
-
-void FenixA320Core::ServoLoop(FenixA320Core& core) {
-    runPeriodic(core.servoWorker, Pacing::FixedRate,
-                [&core](TimePoint now) { core.servoPass(now); });
-}
-void FenixA320Core::RudderTrimLoop(FenixA320Core& core) {
-    runPeriodic(core.rudderTrimWorker, Pacing::FixedRateTripleStep,
-                [&core](TimePoint now) { core.rudderTrimPass(now); });
-}
-void FenixA320Core::InputReplayLoop(FenixA320Core& core) {
-    runPeriodic(core.inputRefreshWorker, Pacing::FixedPause,
-                [&core](TimePoint now) { core.inputReplayPass(now); });
 }
 
 }  // namespace fenixA320

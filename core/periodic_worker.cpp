@@ -25,14 +25,6 @@ PaceStep pace(Pacing pacing, TimePoint deadline, TimePoint now, Nanos period) {
     return {deadline, now};
 }
 
-const LoopClock& steadyLoopClock() {
-    static const LoopClock clock{
-        [] { return SteadyClock::now(); },
-        [](TimePoint wakeAt) { std::this_thread::sleep_until(wakeAt); },
-    };
-    return clock;
-}
-
 void PeriodicWorker::StartWorker(std::function<void()> loop) {
     thread = std::make_unique<std::thread>(std::move(loop));
 }

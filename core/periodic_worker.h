@@ -2,17 +2,14 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <thread>
 
-namespace fenixA320 {
+#include "platform/clock.h"
 
-using SteadyClock = std::chrono::steady_clock;
-using TimePoint = SteadyClock::time_point;
-using Nanos = std::chrono::nanoseconds;
+namespace fenixA320 {
 
 enum class Pacing {
     BoundedCatchUp,       // restart the schedule when two or more periods behind
@@ -29,12 +26,11 @@ struct PaceStep {
 // One pacing step after a pass that ended at `now`.
 PaceStep pace(Pacing pacing, TimePoint deadline, TimePoint now, Nanos period);
 
-// The time source of a loop; tests hand in a fake one.
+// The time source of a loop: the platform seam's clock, or a test's own.
 struct LoopClock {
     TimePoint (*now)();
     void (*sleepUntil)(TimePoint wakeAt);
 };
-const LoopClock& steadyLoopClock();
 
 struct PeriodicWorker {
     std::atomic<bool> keepRunning{true};
@@ -51,6 +47,6 @@ struct PeriodicWorker {
 // pass, pacing step and flag test until the flag is false. A flag that is false on entry
 // runs no pass.
 void runPeriodic(PeriodicWorker& worker, Pacing pacing, const std::function<void(TimePoint)>& pass,
-                 const LoopClock& clock = steadyLoopClock());
+                 const LoopClock& clock);
 
 }  // namespace fenixA320

@@ -34,12 +34,20 @@ using fenixA320::FenixA320Core;
 using fenixA320::SteadyClock;
 using fenixA320::TimePoint;
 
+// Sleeps are real only while workers run: the passes the input drives never wait.
+std::atomic<bool> realSleeps{false};
+
 // A simulator is always found, so every reconnect opens a connection to the stand-in.
 const platform::Platform kSimulatorFound{
     &platform::bindSimConnect,
     [] { return platform::ProbeResult::kFound; },
     [] { return true; },
     [](const char*) {},
+    nullptr,
+    &platform::steadyNow,
+    [](TimePoint wakeAt) {
+        if (realSleeps) platform::steadySleepUntil(wakeAt);
+    },
 };
 
 // Each connection registers about 1 200 definitions; past a few per input they only slow the
@@ -204,6 +212,7 @@ bool workersAllowed() {
 
 // Host calls while the workers run: inputs and output cycles only, as a host may make them.
 void runWithWorkers(FenixA320Core& core, Reader& in) {
+    realSleeps = true;
     core.Start();
     const TimePoint until = SteadyClock::now() + std::chrono::milliseconds(300);
     for (int i = 0; i < 64 && !in.done(); ++i) {
@@ -226,6 +235,7 @@ void runWithWorkers(FenixA320Core& core, Reader& in) {
     }
     while (SteadyClock::now() < until) core.UpdateOutput();
     core.Stop();
+    realSleeps = false;
 }
 
 void simulatorEvent(Reader& in) {
@@ -274,15 +284,14 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
     HostSink sink;
     auto core = std::make_unique<FenixA320Core>(kSimulatorFound);
     core->BuildInputLogic();  // as the first Start does
-    core->inputsBuilt = true;
     TimePoint now = SteadyClock::now();
 
     for (int op = 0; op < 512 && !in.done(); ++op) {
         switch (in.byte() % 16) {
             case 0:  // the connection loop decides to (re)connect, the OPEN message registers
                 if (opens() >= kMaxConnects) break;
-                core->linkCheckCount.store(5);
-                core->connectPass(now);
+                for (int pass = 0; pass < 5; ++pass)
+                    core->connectPass(now);  // the fifth reconnects
                 core->dispatchPass(now);
                 break;
             case 1:
@@ -340,19 +349,15 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
                 simulatorEvent(in);
                 break;
             case 14:
-                core->running.store((in.byte() & 1) != 0);
+                core->Stop();
                 break;
             default:
                 if ((in.byte() & 7) == 7 && workersAllowed()) runWithWorkers(*core, in);
                 break;
         }
     }
-    // Tear down without the 200 ms pause of a Stop with an open connection: the stand-in drops
-    // every connection, and the core forgets its handle before it is destroyed.
-    standinReset();
-    core->simHandle.store(nullptr);
-    core->connected.store(false);
     core.reset();
+    standinReset();
     return 0;
 }
 

@@ -70,7 +70,6 @@ FenixA320Core& core() {
     static FenixA320Core* instance = [] {
         auto* created = new FenixA320Core(kNoSimulator);  // lives for the whole run
         created->BuildInputLogic();
-        created->inputsBuilt = true;
         return created;
     }();
     return *instance;
@@ -98,11 +97,9 @@ int simMessageOneInput(const uint8_t* data, std::size_t size) {
         handler.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(message.get()),
                                  static_cast<sc::DWORD>(length), now);
     }
-    // The watchdog reads what the messages left behind; without a client library it calls
-    // nothing, but its arithmetic runs on the fuzzed clock state.
-    handler.connected.store(true);
+    // The connection pass reads what the messages left behind; without a client library it
+    // calls nothing.
     handler.connectPass(now);
-    handler.connected.store(false);
     return 0;
 }
 

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <cstdint>
 
-#include "core/periodic_worker.h"
+#include "platform/clock.h"
 
 namespace fenixA320 {
 

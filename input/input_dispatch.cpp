@@ -5,8 +5,7 @@
 
 #include "catalogue/bindings.h"
 #include "catalogue/signal_lists.h"
-#include "core/core.h"
-#include "input/input_events.h"
+#include "input/input_side.h"
 #include "input/switch_table.h"
 
 namespace fenixA320 {
@@ -23,7 +22,6 @@ constexpr int32_t kSpeedbrakeLever = 88;
 constexpr int32_t kLandingElevation = 116;
 constexpr double kLandingElevationAutoValue = -3.0;
 constexpr std::size_t kTrimMotorPowerSlot = 471;  // B_FC_ELEVATOR_TRIM_MOTOR_POWER
-constexpr int32_t kDomeLightKey = 611;            // S_OH_INT_LT_DOME
 
 constexpr uint32_t kValueSize = sizeof(double);
 
@@ -41,38 +39,44 @@ std::vector<int16_t> denseSlots(const std::vector<VarBinding>& table, std::size_
     return slots;
 }
 
-void writeBlock(FenixA320Core& core, const KeyBlock& block) {
-    core.SetLatestWrite(block.defineId, block.values.data(),
-                        static_cast<uint32_t>(block.values.size() * kValueSize));
+}  // namespace
+
+InputSide::InputSide(const helmbridge::platform::Platform& seam, WriteTarget writes,
+                     const ReceivedValues& received, std::function<bool()> connected)
+    : seam_(seam), writes_(writes), received_(received), connected_(std::move(connected)) {
+    initReplayMemories();
 }
 
-void writeSwitchVariable(FenixA320Core& core, int16_t slot, double value) {
+void InputSide::writeBlock(const KeyBlock& block) {
+    writes_.SetLatestWrite(block.defineId, block.values.data(),
+                           static_cast<uint32_t>(block.values.size() * kValueSize));
+}
+
+void InputSide::writeSwitchVariable(int16_t slot, double value) {
     const VarBinding& row = switchVarBindings()[static_cast<std::size_t>(slot)];
-    core.SetLatestWrite(static_cast<uint32_t>(row.defineId), &value, kValueSize);
+    writes_.SetLatestWrite(static_cast<uint32_t>(row.defineId), &value, kValueSize);
 }
 
 // Closes the flap switch contact of `detent`, as the flap lever's detents do.
-void moveFlapSwitch(FenixA320Core& core, int32_t detent) {
-    SwitchEntry& flaps = core.input.switches[static_cast<std::size_t>(core.input.flapSwitch)];
+void InputSide::moveFlapSwitch(int32_t detent) {
+    SwitchEntry& flaps = state_.switches[static_cast<std::size_t>(state_.flapSwitch)];
     flaps.reported = true;
     flaps.logic->OnContact(kFlapFirstContact + detent, true);
-    const double value = core.input.switchVarValues[static_cast<std::size_t>(flaps.varSlot)].load(
+    const double value = state_.switchVarValues[static_cast<std::size_t>(flaps.varSlot)].load(
         std::memory_order_relaxed);
-    writeSwitchVariable(core, flaps.varSlot, value);
+    writeSwitchVariable(flaps.varSlot, value);
 }
 
-void recordDigital(FenixA320Core& core, int32_t id, bool state) {
-    const auto memory = core.lastDigitIn.find(id);
-    if (memory == core.lastDigitIn.end()) return;
+void InputSide::recordDigital(int32_t id, bool state) {
+    const auto memory = lastDigitIn_.find(id);
+    if (memory == lastDigitIn_.end()) return;
     memory->second.seen = true;
     memory->second.state = state;
 }
 
-}  // namespace
-
-void FenixA320Core::buildInputSide() {
-    InputState& in = input;
-    const TimePoint now = SteadyClock::now();
+void InputSide::BuildInputLogic(TimePoint now) {
+    if (built()) return;
+    InputState& in = state_;
 
     const auto indexPanel = [&in](KeyPanel panel, const std::vector<GroupKey>& group) {
         for (const GroupKey& row : group) {
@@ -100,8 +104,9 @@ void FenixA320Core::buildInputSide() {
     in.switchVarValues = std::make_unique<std::atomic<double>[]>(in.switchVarCount);
     for (std::size_t i = 0; i < in.switchVarCount; ++i) in.switchVarValues[i].store(0.0);
 
-    const std::function<void(int, int)> onChange = std::bind(
-        &FenixA320Core::OnSwitchPosition, this, std::placeholders::_1, std::placeholders::_2);
+    const std::function<void(int, int)> onChange = [this](int key, int position) {
+        onSwitchPosition(key, position);
+    };
     in.switches.clear();
     in.switches.reserve(kSwitchCount);
     for (const SwitchRow& row : switchRows()) {
@@ -144,23 +149,19 @@ void FenixA320Core::buildInputSide() {
     buildPanel(KeyPanel::Atc, atcKeyGroup(), DEF_ATC_KEYS, true);
 
     in.builtAt = now;
-    in.built.store(true);
+    in.built.store(true, std::memory_order_release);
 }
 
-void FenixA320Core::SetDigitIn(int32_t id, bool state) {
-    setDigitIn(id, state, SteadyClock::now());
+bool InputSide::SetDigitIn(int32_t id, bool state, TimePoint now) {
+    if (!built()) return false;
+    std::lock_guard lock(state_.lock);
+    return digitInEvent(id, state, now);
 }
 
-bool FenixA320Core::setDigitIn(int32_t id, bool state, TimePoint now) {
-    if (!input.built.load(std::memory_order_acquire)) return false;
-    std::lock_guard lock(input.lock);
-    return digitInEvent(*this, id, state, now);
-}
-
-bool digitInEvent(FenixA320Core& core, int32_t id, bool state, TimePoint now) {
-    InputState& in = core.input;
+bool InputSide::digitInEvent(int32_t id, bool state, TimePoint now) {
+    InputState& in = state_;
     if (id == kLandingElevationAuto && state) {
-        analogEvent(core, kLandingElevation, kLandingElevationAutoValue);
+        analogEvent(kLandingElevation, kLandingElevationAutoValue);
         return true;
     }
     if (id == kParkingBrake || id == kParkingBrakeOff) {
@@ -169,11 +170,11 @@ bool digitInEvent(FenixA320Core& core, int32_t id, bool state, TimePoint now) {
         if (state && slot >= 0) {
             double& value = in.digitInValues[static_cast<std::size_t>(slot)];
             value = id == kParkingBrake ? 1.0 : 0.0;
-            core.QueueWrite(
+            writes_.QueueWrite(
                 static_cast<uint32_t>(digitInBindings()[static_cast<std::size_t>(slot)].defineId),
                 &value);
         }
-        recordDigital(core, id, state);
+        recordDigital(id, state);
         return true;
     }
     if (id < 0 || id >= kDigitInIds) return false;
@@ -182,15 +183,15 @@ bool digitInEvent(FenixA320Core& core, int32_t id, bool state, TimePoint now) {
     if (route.bindingSlot >= 0) {
         if (id == kSpeedbrakeArmedInput && in.speedbrakeArmed != state) {
             in.speedbrakeArmed = state;
-            analogEvent(core, kSpeedbrakeLever, in.speedbrakeLever);
+            analogEvent(kSpeedbrakeLever, in.speedbrakeLever);
         }
         const auto slot = static_cast<std::size_t>(route.bindingSlot);
         in.digitInValues[slot] = state ? 1.0 : 0.0;
-        core.QueueWrite(static_cast<uint32_t>(digitInBindings()[slot].defineId),
-                        &in.digitInValues[slot]);
+        writes_.QueueWrite(static_cast<uint32_t>(digitInBindings()[slot].defineId),
+                           &in.digitInValues[slot]);
     }
 
-    core.FeedSwitches(id, state);
+    feedSwitches(id, state);
 
     if (route.panel != KeyPanel::None) {
         KeyBlock& block = in.panels[static_cast<std::size_t>(route.panel)];
@@ -200,69 +201,68 @@ bool digitInEvent(FenixA320Core& core, int32_t id, bool state, TimePoint now) {
             block.keys[static_cast<std::size_t>(route.panelIndex)].OnKey(id, state, now);
         }
         // Also after a gated-out event: the block carries every key of the panel.
-        writeBlock(core, block);
+        writeBlock(block);
     }
 
-    recordDigital(core, id, state);
+    recordDigital(id, state);
     return false;
 }
 
-void FenixA320Core::FeedSwitches(int32_t id, bool state) {
+void InputSide::feedSwitches(int32_t id, bool state) {
     // The rudder-trim switch is spring-loaded: the refresher writes its position while held.
     if (id == kRudderTrimLeft) {
-        input.rudderTrimPosition.store(state ? 0.0 : 1.0, std::memory_order_relaxed);
+        state_.rudderTrimPosition.store(state ? 0.0 : 1.0, std::memory_order_relaxed);
         return;
     }
     if (id == kRudderTrimRight) {
-        input.rudderTrimPosition.store(state ? 2.0 : 1.0, std::memory_order_relaxed);
+        state_.rudderTrimPosition.store(state ? 2.0 : 1.0, std::memory_order_relaxed);
         return;
     }
     if (id < 0 || id >= kDigitInIds) return;
-    const int8_t index = input.digitalRoutes[static_cast<std::size_t>(id)].switchIndex;
-    if (index < 0 || index == input.rudderTrimSwitch) return;
-    SwitchEntry& entry = input.switches[static_cast<std::size_t>(index)];
+    const int8_t index = state_.digitalRoutes[static_cast<std::size_t>(id)].switchIndex;
+    if (index < 0 || index == state_.rudderTrimSwitch) return;
+    SwitchEntry& entry = state_.switches[static_cast<std::size_t>(index)];
     entry.reported = true;
     entry.logic->OnContact(id, state);
 }
 
-void FenixA320Core::OnSwitchPosition(int32_t key, int32_t position) {
-    const int16_t slot = slotOf(input.switchVarSlots, key);
+void InputSide::onSwitchPosition(int32_t key, int32_t position) {
+    const int16_t slot = slotOf(state_.switchVarSlots, key);
     if (slot < 0) return;
     const auto value = static_cast<double>(position);
-    input.switchVarValues[static_cast<std::size_t>(slot)].store(value, std::memory_order_relaxed);
-    if (key == kDomeLightKey) output.domeLightValue.store(value, std::memory_order_relaxed);
-    writeSwitchVariable(*this, slot, value);
+    state_.switchVarValues[static_cast<std::size_t>(slot)].store(value, std::memory_order_relaxed);
+    writeSwitchVariable(slot, value);
 }
 
-double FenixA320Core::switchVarValue(int32_t defineId) const {
-    if (!input.built.load(std::memory_order_acquire)) return 0.0;
-    const int16_t slot = slotOf(input.switchVarSlots, defineId);
+double InputSide::switchVarValue(int32_t key) const {
+    if (!built()) return 0.0;
+    const int16_t slot = slotOf(state_.switchVarSlots, key);
     if (slot < 0) return 0.0;
-    return input.switchVarValues[static_cast<std::size_t>(slot)].load(std::memory_order_relaxed);
+    return state_.switchVarValues[static_cast<std::size_t>(slot)].load(std::memory_order_relaxed);
 }
 
-void FenixA320Core::SetEncoder(int32_t id, int32_t direction) {
-    if (!input.built.load(std::memory_order_acquire)) return;
-    std::lock_guard lock(input.lock);
+void InputSide::SetEncoder(int32_t id, int32_t direction) {
+    if (!built()) return;
+    std::lock_guard lock(state_.lock);
     // Detents the simulator never saw must not move the count.
-    if (!connected.load(std::memory_order_relaxed)) return;
-    const int16_t slot = slotOf(input.encoderSlots, id);
+    if (!connected_()) return;
+    const int16_t slot = slotOf(state_.encoderSlots, id);
     if (slot < 0) return;
     const VarBinding& row = encoderBindings()[static_cast<std::size_t>(slot)];
     if (isPlaceholder(row)) return;  // the host's "no signal" entry
-    double& count = input.encoderValues[static_cast<std::size_t>(slot)];
+    double& count = state_.encoderValues[static_cast<std::size_t>(slot)];
     count += direction == 1 ? 1.0 : -1.0;
-    QueueWrite(static_cast<uint32_t>(row.defineId), &count);
+    writes_.QueueWrite(static_cast<uint32_t>(row.defineId), &count);
 }
 
-void FenixA320Core::SetAnalog(int32_t id, double value) {
-    if (!input.built.load(std::memory_order_acquire)) return;
-    std::lock_guard lock(input.lock);
-    analogEvent(*this, id, value);
+void InputSide::SetAnalog(int32_t id, double value) {
+    if (!built()) return;
+    std::lock_guard lock(state_.lock);
+    analogEvent(id, value);
 }
 
-bool analogEvent(FenixA320Core& core, int32_t id, double v) {
-    InputState& in = core.input;
+bool InputSide::analogEvent(int32_t id, double v) {
+    InputState& in = state_;
     const int16_t slotIndex = slotOf(in.analogSlots, id);
     if (slotIndex < 0) return false;
     const auto slot = static_cast<std::size_t>(slotIndex);
@@ -281,11 +281,9 @@ bool analogEvent(FenixA320Core& core, int32_t id, double v) {
             stored = throttleDetent(v);
             break;
         case AnalogRule::TrimWheel: {
-            const double motorPower =
-                core.digitOutValues ? core.digitOutValues[kTrimMotorPowerSlot].load() : 0.0;
-            if (motorPower != 0.0) {
+            if (received_.digitOut(kTrimMotorPowerSlot) != 0.0) {
                 // The motor drives the wheel: the servo loop follows the hardware instead.
-                core.output.elevatorTrimInput.store(v, std::memory_order_relaxed);
+                elevatorTrimInput_.store(v, std::memory_order_relaxed);
                 return true;
             }
             stored = trimWheelValue(v);
@@ -303,7 +301,7 @@ bool analogEvent(FenixA320Core& core, int32_t id, double v) {
             in.flapDetent = detent;
             if (detent == in.flapDetentSent) return false;
             in.flapDetentSent = detent;
-            moveFlapSwitch(core, detent);
+            moveFlapSwitch(detent);
             break;
         }
         case AnalogRule::CargoTemp:
@@ -319,10 +317,11 @@ bool analogEvent(FenixA320Core& core, int32_t id, double v) {
 
     const VarBinding& row = analogBindings()[slot];
     // A signal without a variable of its own must not write the placeholder, a real key.
-    if (!isPlaceholder(row)) core.SetLatestWrite(static_cast<uint32_t>(row.defineId), &stored, 8);
+    if (!isPlaceholder(row))
+        writes_.SetLatestWrite(static_cast<uint32_t>(row.defineId), &stored, 8);
 
-    const auto memory = core.lastAnalog.find(id);
-    if (memory != core.lastAnalog.end()) {
+    const auto memory = lastAnalog_.find(id);
+    if (memory != lastAnalog_.end()) {
         memory->second.seen = true;
         memory->second.value = v;
     }

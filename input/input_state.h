@@ -8,10 +8,10 @@
 #include <mutex>
 #include <vector>
 
-#include "core/periodic_worker.h"
 #include "input/analog_conversions.h"
 #include "input/debounced_key.h"
 #include "input/position_switch.h"
+#include "platform/clock.h"
 
 namespace fenixA320 {
 

@@ -2,11 +2,9 @@
 #include <algorithm>
 #include <chrono>
 #include <stdexcept>
-#include <thread>
 
 #include "catalogue/bindings.h"
-#include "core/core.h"
-#include "input/input_events.h"
+#include "input/input_side.h"
 #include "input/switch_table.h"
 
 namespace fenixA320 {
@@ -20,7 +18,7 @@ constexpr Nanos kAnalogReplayInterval = seconds(2);
 constexpr int32_t kParkingBrakeOff = 964;
 
 // Spreads an analog replay so it never floods the latest-value path.
-void pauseBetweenAnalogReplays() { std::this_thread::sleep_for(milliseconds(2)); }
+constexpr Nanos kAnalogReplayPause = milliseconds(2);
 
 bool isExcluded(int32_t id) {
     return std::find(replayExcluded.begin(), replayExcluded.end(), id) != replayExcluded.end();
@@ -28,24 +26,28 @@ bool isExcluded(int32_t id) {
 
 }  // namespace
 
-void FenixA320Core::initReplayMemories() {
-    lastDigitIn.clear();
-    lastAnalog.clear();
+void InputSide::initReplayMemories() {
+    lastDigitIn_.clear();
+    lastAnalog_.clear();
     for (const VarBinding& row : digitInBindings()) {
-        if (!isExcluded(row.key)) lastDigitIn.emplace(row.key, DigitInMemory{});
+        if (!isExcluded(row.key)) lastDigitIn_.emplace(row.key, DigitInMemory{});
     }
-    lastDigitIn.emplace(kParkingBrakeOff, DigitInMemory{});
-    for (const VarBinding& row : analogBindings()) lastAnalog.emplace(row.key, AnalogMemory{});
+    lastDigitIn_.emplace(kParkingBrakeOff, DigitInMemory{});
+    for (const VarBinding& row : analogBindings()) lastAnalog_.emplace(row.key, AnalogMemory{});
 }
 
-void FenixA320Core::inputReplayPass(TimePoint now) {
-    inputReplayPass(now, &pauseBetweenAnalogReplays);
+void InputSide::forgetReported() {
+    for (auto& [id, memory] : lastDigitIn_) memory.seen = false;
+    for (auto& [id, memory] : lastAnalog_) memory.seen = false;
+    // Selectors, like inputs, are re-asserted only once the host reports them in the next run.
+    std::lock_guard lock(state_.lock);
+    for (SwitchEntry& entry : state_.switches) entry.reported = false;
 }
 
-void FenixA320Core::inputReplayPass(TimePoint now, void (*pause)()) {
-    InputState& in = input;
-    if (!in.built.load(std::memory_order_acquire)) return;
-    if (!running.load()) {
+void InputSide::inputReplayPass(TimePoint now, const ReplayGate& gate) {
+    InputState& in = state_;
+    if (!built()) return;
+    if (!gate.running) {
         // Between runs: a new run re-asserts only the selectors the host reports again, and
         // times its replays from its own start.
         std::lock_guard lock(in.lock);
@@ -57,13 +59,13 @@ void FenixA320Core::inputReplayPass(TimePoint now, void (*pause)()) {
         in.lastDigitalReplay = in.lastAnalogReplay = now;
         in.replayClockSet = true;
     }
-    if (!connected.load() || !clockAdvancing.load()) return;
+    if (!gate.connected || !gate.clockAdvancing) return;
 
     if (now - in.lastDigitalReplay >= kDigitalReplayInterval) {
         // The lock is taken per event, so a host event waits for one replayed event at most.
-        for (auto& [id, memory] : lastDigitIn) {
+        for (auto& [id, memory] : lastDigitIn_) {
             std::lock_guard lock(in.lock);
-            if (memory.seen) digitInEvent(*this, id, memory.state, now);
+            if (memory.seen) digitInEvent(id, memory.state, now);
         }
         // Selector positions too, so a reloaded flight takes the hardware's selectors.
         for (std::size_t i = 0; i < in.switches.size(); ++i) {
@@ -76,36 +78,36 @@ void FenixA320Core::inputReplayPass(TimePoint now, void (*pause)()) {
             in.switchVarValues[static_cast<std::size_t>(entry.varSlot)].store(
                 value, std::memory_order_relaxed);
             const VarBinding& row = switchVarBindings()[static_cast<std::size_t>(entry.varSlot)];
-            SetLatestWrite(static_cast<uint32_t>(row.defineId), &value, sizeof value);
+            writes_.SetLatestWrite(static_cast<uint32_t>(row.defineId), &value, sizeof value);
         }
         in.lastDigitalReplay = now;
     }
 
     if (now - in.lastAnalogReplay >= kAnalogReplayInterval) {
-        for (auto& [id, memory] : lastAnalog) {
+        for (auto& [id, memory] : lastAnalog_) {
             {
                 std::lock_guard lock(in.lock);
                 if (!memory.seen) continue;
                 try {
-                    analogEvent(*this, id, memory.value);
+                    analogEvent(id, memory.value);
                 } catch (const std::out_of_range&) {
                     // Only accepted values are remembered; a rejected one cannot come back.
                 }
             }
-            pause();
+            seam_.sleepUntil(seam_.now() + kAnalogReplayPause);
         }
         in.lastAnalogReplay = now;
     }
 }
 
-void FenixA320Core::rudderTrimPass(TimePoint) {
-    InputState& in = input;
-    if (!in.built.load(std::memory_order_acquire)) return;
+void InputSide::rudderTrimPass(TimePoint) {
+    InputState& in = state_;
+    if (!built()) return;
     const int16_t slot = in.switches[static_cast<std::size_t>(in.rudderTrimSwitch)].varSlot;
     const double position = in.rudderTrimPosition.load(std::memory_order_relaxed);
     in.switchVarValues[static_cast<std::size_t>(slot)].store(position, std::memory_order_relaxed);
     const VarBinding& row = switchVarBindings()[static_cast<std::size_t>(slot)];
-    SetLatestWrite(static_cast<uint32_t>(row.defineId), &position, sizeof position);
+    writes_.SetLatestWrite(static_cast<uint32_t>(row.defineId), &position, sizeof position);
 }
 
 }  // namespace fenixA320

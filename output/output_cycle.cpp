@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "catalogue/signal_lists.h"
-#include "core/core.h"
 #include "output/digital_outputs.h"
 #include "output/display_format.h"
+#include "output/output_side.h"
 #include "output/output_values.h"
 #include "output/servo_pwm.h"
 
@@ -32,11 +32,13 @@ std::vector<CycleEntry> cycleEntries(const SigList& list, std::size_t slots) {
 
 // The lists never change after load: walk them once, not on every cycle.
 const std::vector<CycleEntry>& digitOutCycle() {
-    static const std::vector<CycleEntry> entries = cycleEntries(digitOutSigList(), kDigitOutSlots);
+    static const std::vector<CycleEntry> entries =
+        cycleEntries(digitOutSigList(), ReceivedValues::kDigitOutSlots);
     return entries;
 }
 const std::vector<CycleEntry>& displayCycle() {
-    static const std::vector<CycleEntry> entries = cycleEntries(displaySigList(), kDisplaySlots);
+    static const std::vector<CycleEntry> entries =
+        cycleEntries(displaySigList(), ReceivedValues::kDisplaySlots);
     return entries;
 }
 
@@ -51,73 +53,76 @@ void callHost(const Proc& proc, Args&&... args) noexcept {
     }
 }
 
-OutputValues valuesOf(const FenixA320Core& core) {
-    return {core.digitOutValues.get(), core.displayValues.get()};
+OutputValues valuesOf(const ReceivedValues& received) {
+    return {received.digitOutArray(), received.displayArray()};
 }
 
 }  // namespace
 
-bool FenixA320Core::UpdateOutput() {
-    if (!connected.load()) return false;
-    if (!running.load() || !digitOutValues || !displayValues) return true;
-    updateDigitOut();
-    updateDisplayOut();
-    updatePwmOut();
-    return true;
+void OutputSide::SetPwmProc(PwmProc proc) {
+    pwmProc_ = [host = std::move(proc)](unsigned int channel, double level) {
+        if (!host) return false;
+        return host(channel, level < kPwmFloor ? 0.0 : level);
+    };
 }
 
-void FenixA320Core::updateDigitOut() {
-    if (!digitOutProc) return;
-    const OutputValues values = valuesOf(*this);
+void OutputSide::updateOutput(double domeSwitch) {
+    if (!received_.allocated()) return;
+    updateDigitOut();
+    updateDisplayOut();
+    updatePwmOut(domeSwitch);
+}
+
+void OutputSide::updateDigitOut() {
+    if (!digitOutProc_ || !received_.allocated()) return;
+    const OutputValues values = valuesOf(received_);
     const bool annTest = values.annTest();
     const bool fcuPowered = values.fcuPowered();
     for (const CycleEntry& entry : digitOutCycle()) {
-        const double value = digitOutValues[entry.slot].load(std::memory_order_relaxed);
-        callHost(digitOutProc, entry.id, digitOutState(entry.id, value, annTest, fcuPowered));
+        const double value = received_.digitOut(entry.slot);
+        callHost(digitOutProc_, entry.id, digitOutState(entry.id, value, annTest, fcuPowered));
     }
 }
 
-void FenixA320Core::updateDisplayOut() {
-    if (!displayProc) return;
-    const OutputValues values = valuesOf(*this);
+void OutputSide::updateDisplayOut() {
+    if (!displayProc_ || !received_.allocated()) return;
+    const OutputValues values = valuesOf(received_);
     for (const CycleEntry& entry : displayCycle()) {
         ValueTextBuffer buffer;
-        const std::string_view text =
-            displayValueText(displayValues[entry.slot].load(std::memory_order_relaxed), buffer);
+        const std::string_view text = displayValueText(received_.display(entry.slot), buffer);
         try {
-            callHost(displayProc, entry.id, formatDisplay(entry.id, text, values));
+            callHost(displayProc_, entry.id, formatDisplay(entry.id, text, values));
         } catch (...) {  // out of memory for the text: skip this display
         }
     }
 }
 
-void FenixA320Core::updatePwmOut() {
-    if (!pwmProc) return;
-    const PwmLevels levels = pwmLevels(valuesOf(*this), domeLightSwitchValue());
+void OutputSide::updatePwmOut(double domeSwitch) {
+    if (!pwmProc_ || !received_.allocated()) return;
+    const PwmLevels levels = pwmLevels(valuesOf(received_), domeSwitch);
     for (uint32_t channel = 1; channel <= kPwmChannels; ++channel) {
-        callHost(pwmProc, channel, levels[channel]);
+        callHost(pwmProc_, channel, levels[channel]);
     }
 }
 
-void FenixA320Core::servoPass(TimePoint now) {
-    if (!digitOutValues || !displayValues) return;  // nothing received before the first Start
-    const OutputValues values = valuesOf(*this);
+void OutputSide::servoPass(TimePoint now, double wheel) {
+    if (!received_.allocated()) return;  // nothing received before the first Start
+    const OutputValues values = valuesOf(received_);
     const double trim = values.displayValue(displayId::kElevatorTrim);
-    const double wheel = output.elevatorTrimInput.load(std::memory_order_relaxed);
 
-    if (servoSpeedProc) {
-        const double speed = trimServoSpeed(output.servo, now, trim, wheel);
-        callHost(servoSpeedProc, kPitchTrimServo, speed);
+    if (servoSpeedProc_) {
+        const double speed = trimServoSpeed(servo_, now, trim, wheel);
+        callHost(servoSpeedProc_, kPitchTrimServo, speed);
     }
     // Without motor power the wheel drives the trim, not the other way round.
     if (values.isSet(digitOutId::kTrimMotorPower)) {
-        const TrimServoPosition position = trimServoPosition(output.servo, trim, wheel);
-        if (position.send) callHost(servoProc, kPitchTrimServo, position.position);
+        const TrimServoPosition position = trimServoPosition(servo_, trim, wheel);
+        if (position.send) callHost(servoProc_, kPitchTrimServo, position.position);
     }
-    callHost(servoProc, kAccuPressureServo,
+    callHost(servoProc_, kAccuPressureServo,
              values.displayValue(displayId::kBrakeAccuPressure) * 0.25);
-    callHost(servoProc, kBrakeLeftServo, values.displayValue(displayId::kBrakeLeftPressure) / 3.0);
-    callHost(servoProc, kBrakeRightServo,
+    callHost(servoProc_, kBrakeLeftServo, values.displayValue(displayId::kBrakeLeftPressure) / 3.0);
+    callHost(servoProc_, kBrakeRightServo,
              values.displayValue(displayId::kBrakeRightPressure) / 3.0);
 }
 

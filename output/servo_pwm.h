@@ -4,9 +4,9 @@
 #include <array>
 #include <cstdint>
 
-#include "core/periodic_worker.h"
 #include "output/output_state.h"
 #include "output/output_values.h"
+#include "platform/clock.h"
 
 namespace fenixA320 {
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/clock.h"
 #include "platform/simconnect_binding.h"
 
 namespace helmbridge::platform {
@@ -28,6 +29,10 @@ struct Platform {
     void (*debugOutput)(const char* text);
     // See simConnectSearchReport(): why the client library could not be bound. May be null.
     std::string (*simConnectSearchReport)() = nullptr;
+    // The steady clock, and sleeping on it until a time point: the worker loops, the pause of
+    // Stop and the spacing of analog replays. Tests hand in a clock whose sleeps return at once.
+    TimePoint (*now)() = &steadyNow;
+    void (*sleepUntil)(TimePoint wakeAt) = &steadySleepUntil;
 };
 
 // The table of the system the module runs on.

@@ -1,5 +1,6 @@
 // The nineteen exported functions: each forwards to the one core or copies a signal list.
 #include <exception>
+#include <type_traits>
 
 #include "catalogue/signal_lists.h"
 #include "core/core.h"
@@ -13,6 +14,13 @@ fenixA320::FenixA320Core& core() {
     return instance;
 }
 [[maybe_unused]] const bool kCoreBuiltAtLoad = (core(), true);
+
+// The core's callback and list types are the ones the public header hands across.
+static_assert(std::is_same_v<fenixA320::DigitOutProc, helmbridge::DigitOutProc>);
+static_assert(std::is_same_v<fenixA320::DisplayProc, helmbridge::DisplayProc>);
+static_assert(std::is_same_v<fenixA320::ServoProc, helmbridge::ServoProc>);
+static_assert(std::is_same_v<fenixA320::PwmProc, helmbridge::PwmProc>);
+static_assert(std::is_same_v<fenixA320::SigList, helmbridge::SigList>);
 
 bool copyList(const fenixA320::SigList& source, helmbridge::SigList& target) {
     if (&source != &target) target = source;

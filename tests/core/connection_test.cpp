@@ -1,5 +1,7 @@
 // The simulator connection against the stand-in: search, open, keep-alive, registration,
 // message handling and the stall watchdog, driven with synthetic time.
+#include "core/connection.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -9,57 +11,38 @@
 
 #include "catalogue/bindings.h"
 #include "catalogue/signal_lists.h"
-#include "core/core.h"
 #include "simulator/standin_control.h"
+#include "tests/support/fake_platform.h"
 
 namespace fenixA320 {
 namespace {
 
-namespace sc = helmbridge::simconnect;
+namespace platform = helmbridge::platform;
 namespace standin = helmbridge::standin;
-using std::chrono::milliseconds;
+using helmbridge::testing::at;
+using helmbridge::testing::FakeSystem;
 using std::chrono::seconds;
 
-struct FakeSystem {
-    static inline platform::ProbeResult probe = platform::ProbeResult::kNotFound;
-    static inline bool configFile = false;
-    static inline std::vector<std::string> debugLines;
-};
-
-const platform::Platform kTestPlatform{
-    &platform::bindSimConnect,
-    [] { return FakeSystem::probe; },
-    [] { return FakeSystem::configFile; },
-    [](const char* text) { FakeSystem::debugLines.emplace_back(text); },
-};
-
-TimePoint at(double secondsSinceStart) {
-    return TimePoint{} + seconds(1000) +
-           std::chrono::duration_cast<Nanos>(std::chrono::duration<double>(secondsSinceStart));
-}
-
-class Connection : public ::testing::Test {
+class ConnectionTest : public ::testing::Test {
   protected:
     void SetUp() override {
         standinReset();
-        FakeSystem::probe = platform::ProbeResult::kNotFound;
-        FakeSystem::configFile = false;
-        FakeSystem::debugLines.clear();
-        core.BuildInputLogic();
-        core.linkCheckCount = 10;  // as Start leaves it
+        FakeSystem::reset();
+        received.allocate();
+        link.begin();  // as Start leaves it
     }
 
     // One connection-loop pass at second `s`, then the messages waiting for the module.
     void tick(double s) {
-        core.connectPass(at(s));
-        core.dispatchPass(at(s));
+        link.connectPass(at(s));
+        link.dispatchPass(at(s));
     }
 
     // Opens, lets the OPEN message register everything, and forgets the calls so far.
     void openConnection() {
         FakeSystem::probe = platform::ProbeResult::kFound;
         tick(0);
-        ASSERT_TRUE(core.connected);
+        ASSERT_TRUE(link.connected());
         standinClearCalls();
     }
 
@@ -69,10 +52,11 @@ class Connection : public ::testing::Test {
         return out;
     }
 
-    FenixA320Core core{kTestPlatform};
+    ReceivedValues received;
+    Connection link{helmbridge::testing::fakePlatform(), received};
 };
 
-TEST_F(Connection, WithoutSimulatorTriesRightAwayThenEveryFiveSecondsWithoutOpening) {
+TEST_F(ConnectionTest, WithoutSimulatorTriesRightAwayThenEveryFiveSecondsWithoutOpening) {
     for (int s = 0; s < 11; ++s) tick(s);
     std::vector<int> closes;
     std::vector<int> keepAlives;
@@ -88,20 +72,19 @@ TEST_F(Connection, WithoutSimulatorTriesRightAwayThenEveryFiveSecondsWithoutOpen
     EXPECT_EQ(closes.size(), 3u);
     EXPECT_EQ(keepAlives.size(), 4u);
     EXPECT_TRUE(standin::calls(kStandinOpen).empty());
-    EXPECT_FALSE(core.connected);
+    EXPECT_FALSE(link.connected());
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
 }
 
-TEST_F(Connection, ConfigFileAloneOpensAndFailedOpensRetryEveryFiveSeconds) {
+TEST_F(ConnectionTest, ConfigFileAloneOpensAndFailedOpensRetryEveryFiveSeconds) {
     FakeSystem::configFile = true;
     standinSetOpenResult(static_cast<int32_t>(0x80004005));
     for (int s = 0; s < 11; ++s) tick(s);
     EXPECT_EQ(standin::calls(kStandinOpen).size(), 3u);
-    EXPECT_FALSE(core.connected);
-    EXPECT_EQ(core.simHandle.load(), nullptr);
+    EXPECT_FALSE(link.connected());
     standinSetOpenResult(0);
     for (int s = 11; s < 16; ++s) tick(s);
-    EXPECT_TRUE(core.connected);
+    EXPECT_TRUE(link.connected());
     ASSERT_EQ(standin::calls(kStandinOpen).size(), 4u);
     const auto open = standin::calls(kStandinOpen).back();
     EXPECT_STREQ(open.name, "HelmBridge");
@@ -111,16 +94,16 @@ TEST_F(Connection, ConfigFileAloneOpensAndFailedOpensRetryEveryFiveSeconds) {
     EXPECT_EQ(open.configIndex, 0u);
 }
 
-TEST_F(Connection, SnapshotFailureStillOpens) {
+TEST_F(ConnectionTest, SnapshotFailureStillOpens) {
     FakeSystem::probe = platform::ProbeResult::kSnapshotFailed;
     tick(0);
-    EXPECT_TRUE(core.connected);
+    EXPECT_TRUE(link.connected());
 }
 
-TEST_F(Connection, OpenRegistersEverythingInOrder) {
+TEST_F(ConnectionTest, OpenRegistersEverythingInOrder) {
     FakeSystem::probe = platform::ProbeResult::kFound;
     tick(0);
-    ASSERT_TRUE(core.connected);
+    ASSERT_TRUE(link.connected());
 
     // Definitions in declaration order, then blocks, title and clock.
     std::vector<uint32_t> expected;
@@ -192,7 +175,7 @@ TEST_F(Connection, OpenRegistersEverythingInOrder) {
                                                 "9003 Pause", "9004 Sim", "9005 Crashed"}));
 }
 
-TEST_F(Connection, KeepAliveEveryThreeSecondsAndReconnectFiveSecondsAfterLastAnswer) {
+TEST_F(ConnectionTest, KeepAliveEveryThreeSecondsAndReconnectFiveSecondsAfterLastAnswer) {
     openConnection();
     for (int s = 1; s <= 9; ++s) tick(s);
     std::vector<int32_t> keepAliveCalls;
@@ -209,14 +192,14 @@ TEST_F(Connection, KeepAliveEveryThreeSecondsAndReconnectFiveSecondsAfterLastAns
     EXPECT_TRUE(standin::calls(kStandinOpen).empty());
     tick(14);  // five passes after the last answer (second 9)
     EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
-    EXPECT_TRUE(core.connected);
+    EXPECT_TRUE(link.connected());
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
 }
 
-TEST_F(Connection, QuitUnregistersInOrderAndReconnectsWithoutHostAction) {
+TEST_F(ConnectionTest, QuitUnregistersInOrderAndReconnectsWithoutHostAction) {
     openConnection();
     standinQuit();
-    core.dispatchPass(at(0.5));
+    link.dispatchPass(at(0.5));
     const auto clears = standin::calls(kStandinClearDataDefinition);
     const std::size_t perVariable = digitInBindings().size() + switchVarBindings().size() +
                                     analogBindings().size() + encoderBindings().size();
@@ -230,17 +213,16 @@ TEST_F(Connection, QuitUnregistersInOrderAndReconnectsWithoutHostAction) {
         unsubscribed.push_back(call.id);
     }
     EXPECT_EQ(unsubscribed, (std::vector<uint32_t>{9001, 9002, 9003, 9004, 9005}));
-    EXPECT_TRUE(core.connected);  // until the keep-alive notices
+    EXPECT_TRUE(link.connected());  // until the keep-alive notices
 
     for (int s = 1; s <= 5; ++s) tick(s);
     EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
 }
 
-TEST_F(Connection, FramesFillTheValueArraysByPosition) {
+TEST_F(ConnectionTest, FramesFillTheValueArraysByPosition) {
     openConnection();
     const auto& digitOut = digitOutSigList();
-    if (digitOut.size() < 501) GTEST_SKIP() << "digital-output list incomplete";
     // Every digital output variable gets a value derived from its position; the synthesized
     // outputs 496..501 share B_FCU_POWER with output 485.
     std::size_t slot = 0;
@@ -250,16 +232,16 @@ TEST_F(Connection, FramesFillTheValueArraysByPosition) {
     }
     standinSetLVar("B_FCU_POWER", 7.0);
     standinRunFrames(1);
-    core.dispatchPass(at(0.1));
+    link.dispatchPass(at(0.1));
     // Entry 0 is declared with the placeholder variable, which output 470 uses too.
-    EXPECT_EQ(core.digitOutValues[0].load(), 1470.0);
-    EXPECT_EQ(core.digitOutValues[470].load(), 1470.0);
-    EXPECT_EQ(core.digitOutValues[1].load(), 1001.0);
-    EXPECT_EQ(core.digitOutValues[484].load(), 1484.0);
-    EXPECT_EQ(core.digitOutValues[485].load(), 7.0);
-    EXPECT_EQ(core.digitOutValues[494].load(), 1494.0);
-    for (std::size_t s = 495; s <= 500; ++s) EXPECT_EQ(core.digitOutValues[s].load(), 7.0) << s;
-    EXPECT_EQ(core.digitOutValues[501].load(), 0.0);  // never written
+    EXPECT_EQ(received.digitOut(0), 1470.0);
+    EXPECT_EQ(received.digitOut(470), 1470.0);
+    EXPECT_EQ(received.digitOut(1), 1001.0);
+    EXPECT_EQ(received.digitOut(484), 1484.0);
+    EXPECT_EQ(received.digitOut(485), 7.0);
+    EXPECT_EQ(received.digitOut(494), 1494.0);
+    for (std::size_t s = 495; s <= 500; ++s) EXPECT_EQ(received.digitOut(s), 7.0) << s;
+    EXPECT_EQ(received.digitOut(501), 0.0);  // never written
 }
 
 // A hand-made data message for the read-block size rules.
@@ -276,85 +258,71 @@ std::vector<unsigned char> dataMessage(uint32_t requestId, std::size_t payloadBy
     return bytes;
 }
 
-void deliver(FenixA320Core& core, const std::vector<unsigned char>& bytes, TimePoint now) {
-    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(bytes.data()),
+void deliver(Connection& link, const std::vector<unsigned char>& bytes, TimePoint now) {
+    link.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(bytes.data()),
                           static_cast<sc::DWORD>(bytes.size()), now);
 }
 
-TEST_F(Connection, ReadBlockOneByteShortChangesNothing) {
+TEST_F(ConnectionTest, ReadBlockOneByteShortChangesNothing) {
     const std::size_t n = displaySigList().size();
     auto shortBlock = dataMessage(1, 8 * n - 1, 5.0);
-    deliver(core, shortBlock, at(0));
-    EXPECT_EQ(core.displayValues[0].load(), 0.0);
-    deliver(core, dataMessage(1, 8 * n, 5.0), at(0));
-    EXPECT_EQ(core.displayValues[0].load(), 5.0);
-    EXPECT_EQ(core.displayValues[n - 1].load(), 5.0);
+    deliver(link, shortBlock, at(0));
+    EXPECT_EQ(received.display(0), 0.0);
+    deliver(link, dataMessage(1, 8 * n, 5.0), at(0));
+    EXPECT_EQ(received.display(0), 5.0);
+    EXPECT_EQ(received.display(n - 1), 5.0);
 }
 
-TEST_F(Connection, ShortOrOddMessagesAreIgnored) {
+// Clock readings: a rise needs two readings in a row above the last; a block too short for the
+// reading, or a malformed event, is no message at all.
+TEST_F(ConnectionTest, ClockReadingsAndMalformedMessages) {
+    const auto reading = [&](double v, std::size_t bytes = 8) {
+        deliver(link, dataMessage(5, bytes, v), at(0));
+    };
     const unsigned char garbage[8] = {0xff, 0xff, 0xff, 0xff, 8, 0, 0, 0};
-    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(garbage), 8, at(0));
-    core.handleSimMessage(nullptr, 0, at(0));
-    // An EVENT one byte shorter than its structure must not pause anything.
-    sc::SIMCONNECT_RECV_EVENT pause{};
-    pause.dwSize = sizeof(pause) - 1;
-    pause.dwID = sc::SIMCONNECT_RECV_ID_EVENT;
-    pause.uEventID = 9003;
-    pause.dwData = 1;
-    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&pause), sizeof(pause) - 1,
-                          at(0));
-    EXPECT_FALSE(core.simPaused);
-    // A clock block shorter than 48 bytes is no reading.
-    deliver(core, dataMessage(5, 7, 100.0), at(0));
-    EXPECT_FALSE(core.clockSeen);
-    deliver(core, dataMessage(5, 8, 100.0), at(0));
-    EXPECT_TRUE(core.clockSeen);
-}
-
-TEST_F(Connection, ClockRiseLogic) {
-    const auto reading = [&](double v) { deliver(core, dataMessage(5, 8, v), at(0)); };
+    link.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(garbage), 8, at(0));
+    link.handleSimMessage(nullptr, 0, at(0));
+    reading(100, 7);
+    reading(101, 7);
+    EXPECT_FALSE(link.clockAdvancing());
     reading(100);
-    EXPECT_FALSE(core.clockAdvancing);
+    EXPECT_FALSE(link.clockAdvancing());
     reading(101);
-    EXPECT_TRUE(core.clockAdvancing);  // the first reading after a reset counts as a rise
+    EXPECT_TRUE(link.clockAdvancing());  // the first reading after a reset counts as a rise
     reading(101);
-    EXPECT_FALSE(core.clockAdvancing);
+    EXPECT_FALSE(link.clockAdvancing());
     reading(102);
     reading(103);
-    EXPECT_TRUE(core.clockAdvancing);
+    EXPECT_TRUE(link.clockAdvancing());
     reading(0.4);
-    EXPECT_FALSE(core.clockAdvancing);
-    EXPECT_EQ(core.lastClockValue, 0.4);
-    EXPECT_EQ(core.acceptedClock, 103.0);
-    reading(200);  // a jump of more than 60 is not accepted
-    EXPECT_EQ(core.acceptedClock, 103.0);
-    reading(50);  // nor a step back
-    EXPECT_EQ(core.acceptedClock, 103.0);
+    EXPECT_FALSE(link.clockAdvancing());
+    reading(0.45);  // not a running clock at all
+    EXPECT_FALSE(link.clockAdvancing());
 }
 
-class StallWatchdog : public Connection {
+class StallWatchdog : public ConnectionTest {
   protected:
     void SetUp() override {
-        Connection::SetUp();
+        ConnectionTest::SetUp();
         openConnection();
+        link.dispatchPass(at(0));  // the "Sim" state that comes with the subscription
         clockAt(0, 100.0);
     }
-    void clockAt(double s, double value) { deliver(core, dataMessage(5, 8, value), at(s)); }
+    void clockAt(double s, double value) { deliver(link, dataMessage(5, 8, value), at(s)); }
     std::size_t rerequests() { return standin::calls(kStandinRequestDataOnSimObject).size(); }
-    void event(uint32_t id, uint32_t value, double s) {
+    std::size_t opens() { return standin::calls(kStandinOpen).size(); }
+    void event(uint32_t id, uint32_t value, double s,
+               sc::DWORD size = sizeof(sc::SIMCONNECT_RECV_EVENT)) {
         sc::SIMCONNECT_RECV_EVENT e{};
-        e.dwSize = sizeof(e);
+        e.dwSize = size;
         e.dwID = sc::SIMCONNECT_RECV_ID_EVENT;
         e.uEventID = id;
         e.dwData = value;
-        core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&e), sizeof(e), at(s));
+        link.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&e), size, at(s));
     }
-    // Connection passes without messages, so only the watchdog can act.
+    // Connection passes with the keep-alive answered, so only the watchdog can act.
     void passes(int from, int to) {
-        for (int s = from; s <= to; ++s) {
-            core.linkCheckCount = 0;  // keep the keep-alive out of the way
-            core.connectPass(at(s));
-        }
+        for (int s = from; s <= to; ++s) tick(s);
     }
 };
 
@@ -363,41 +331,51 @@ TEST_F(StallWatchdog, ReRequestsAfterFiveSecondsThenReconnectsFiveSecondsLater) 
     EXPECT_EQ(rerequests(), 0u);
     passes(5, 5);
     EXPECT_EQ(rerequests(), 3u);  // display, digital outputs, clock
-    EXPECT_EQ(core.rerequestPending, 1);
-    passes(6, 9);
-    EXPECT_EQ(core.linkCheckCount, 1);
-    core.connectPass(at(10));
-    EXPECT_EQ(core.linkCheckCount, 5);
-    EXPECT_EQ(core.rerequestPending, 0);
-    core.connectPass(at(11));
-    EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
+    passes(6, 10);
+    EXPECT_EQ(opens(), 0u);
+    passes(11, 11);
+    EXPECT_EQ(opens(), 1u);
+    EXPECT_TRUE(link.connected());
 }
 
 // With the keep-alive answering, the reconnect armed in a pass that also sent a keep-alive must
 // survive the answer (count 3 at seconds 3, 6, 9, 12: the arming pass at 12 is one of them).
-TEST_F(Connection, StallReconnectSurvivesTheKeepAliveAnswer) {
+TEST_F(ConnectionTest, StallReconnectSurvivesTheKeepAliveAnswer) {
     openConnection();
-    core.dispatchPass(at(0));  // the "Sim" state that comes with the subscription
-    deliver(core, dataMessage(5, 8, 100.0), at(2));
+    link.dispatchPass(at(0));  // the "Sim" state that comes with the subscription
+    deliver(link, dataMessage(5, 8, 100.0), at(2));
     for (int s = 1; s <= 12; ++s) tick(s);
     EXPECT_EQ(standin::calls(kStandinRequestDataOnSimObject).size(), 3u);  // second 7
     EXPECT_TRUE(standin::calls(kStandinOpen).empty());
     tick(13);
     EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
-    EXPECT_TRUE(core.connected);
+    EXPECT_TRUE(link.connected());
 }
 
-TEST_F(StallWatchdog, ReadingsRecoverThePendingReRequest) {
-    passes(1, 5);
-    ASSERT_EQ(core.rerequestPending, 1);
-    clockAt(6, 101.0);
-    passes(6, 6);
-    EXPECT_EQ(core.rerequestPending, 0);
+// Readings within 60 of the last accepted one keep the stream fresh; a jump or a step back
+// does not, so the re-request comes five seconds after the last accepted reading.
+TEST_F(StallWatchdog, OnlyAcceptedReadingsKeepTheStreamFresh) {
+    clockAt(3, 150.0);
+    clockAt(4, 140.0);
+    passes(1, 7);
+    EXPECT_EQ(rerequests(), 0u);
+    clockAt(8, 211.0);  // more than 60 beyond 150
+    clockAt(8, 120.0);  // behind it
+    passes(8, 8);
+    EXPECT_EQ(rerequests(), 3u);
+    clockAt(9, 151.0);  // recovers the pending re-request: no reconnect follows
+    passes(9, 14);
+    EXPECT_EQ(opens(), 0u);
 }
 
 TEST_F(StallWatchdog, PauseSuspendsAndResumeGrantsTenSeconds) {
-    event(9003, 1, 1);
-    passes(1, 20);
+    event(9003, 1, 1, sizeof(sc::SIMCONNECT_RECV_EVENT) - 1);  // too short: no pause
+    passes(1, 5);
+    EXPECT_EQ(rerequests(), 3u);
+    clockAt(5, 101.0);
+    standinClearCalls();
+    event(9003, 1, 6);
+    passes(6, 20);
     EXPECT_EQ(rerequests(), 0u);
     event(9003, 0, 20);  // fresh until 30: stalled from 35
     passes(21, 34);
@@ -414,19 +392,19 @@ TEST_F(StallWatchdog, SimCrashAndLoadsGrantSixtySeconds) {
     EXPECT_EQ(rerequests(), 3u);
 
     standinClearCalls();
-    clockAt(61, 101.0);
-    event(9005, 0, 61);  // crash: clock reset
-    EXPECT_FALSE(core.clockAdvancing);
-    EXPECT_EQ(core.lastClockValue, -1.0);
-    EXPECT_EQ(core.acceptedClock, 101.0);
-    passes(62, 125);
+    clockAt(66, 101.0);
+    clockAt(66, 102.0);
+    ASSERT_TRUE(link.clockAdvancing());
+    event(9005, 0, 66);  // crash: clock reset
+    EXPECT_FALSE(link.clockAdvancing());
+    passes(67, 130);
     EXPECT_EQ(rerequests(), 0u);
-    passes(126, 126);
+    passes(131, 131);
     EXPECT_EQ(rerequests(), 3u);
 
     standinClearCalls();
-    event(9004, 0, 127);  // no user aircraft: no stall check at all
-    passes(128, 200);
+    event(9004, 0, 132);  // no user aircraft: no stall check at all
+    passes(133, 200);
     EXPECT_EQ(rerequests(), 0u);
 }
 
@@ -435,40 +413,51 @@ TEST_F(StallWatchdog, FlightLoadGrantsSixtySeconds) {
     e.dwSize = sizeof(e);
     e.dwID = sc::SIMCONNECT_RECV_ID_EVENT_FILENAME;
     e.uEventID = 9001;
-    core.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&e), sizeof(e), at(3));
+    link.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&e), sizeof(e), at(3));
     passes(1, 67);
     EXPECT_EQ(rerequests(), 0u);
     passes(68, 68);
     EXPECT_EQ(rerequests(), 3u);
 }
 
-TEST_F(Connection, StallCheckNeverFiresBeforeTheFirstClockReading) {
+TEST_F(ConnectionTest, StallCheckNeverFiresBeforeTheFirstClockReading) {
     openConnection();
-    for (int s = 1; s <= 30; ++s) {
-        core.linkCheckCount = 0;
-        core.connectPass(at(s));
-    }
+    for (int s = 1; s <= 30; ++s) tick(s);
     EXPECT_TRUE(standin::calls(kStandinRequestDataOnSimObject).empty());
+    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
 }
 
-TEST_F(Connection, TitleDetectsTheVariantOnce) {
+TEST_F(ConnectionTest, TitleDetectsTheVariantOnce) {
     openConnection();
     standinSetTitle("Fenix A321 Example Air");
     standinRunSeconds(3);
-    core.dispatchPass(at(1));
-    EXPECT_EQ(core.variant.load(), 3);
-    ASSERT_EQ(FakeSystem::debugLines.size(), 1u);
-    EXPECT_EQ(FakeSystem::debugLines[0],
-              "[VariantDetector] variant=A321 title=\"Fenix A321 Example Air\"\n");
+    link.dispatchPass(at(1));
+    EXPECT_EQ(link.variant(), 3);
+    EXPECT_EQ(FakeSystem::debugLines(),
+              (std::vector<std::string>{
+                  "[VariantDetector] variant=A321 title=\"Fenix A321 Example Air\"\n"}));
+}
+
+// Without a client library every connection attempt fails; the places searched go to the
+// debugger once per Start, not once per attempt.
+TEST_F(ConnectionTest, MissingClientLibraryIsReportedOncePerStart) {
+    FakeSystem::libraryMissing = true;
+    FakeSystem::probe = platform::ProbeResult::kFound;
+    for (int s = 0; s <= 10; ++s) tick(s);  // three attempts
+    link.begin();
+    tick(11);
+    const std::string line = "[HelmBridge] SimConnect.dll not loaded; tried: here (missing)\n";
+    EXPECT_EQ(FakeSystem::debugLines(), (std::vector<std::string>{line, line}));
+    EXPECT_FALSE(link.connected());
 }
 
 // The simulator refuses a declaration (here it does not know the title variable): the refusal
 // reaches the module as exception messages on the next dispatch, and the module carries on.
-TEST_F(Connection, RefusedDeclarationArrivesAsExceptionAndTheModuleKeepsWorking) {
+TEST_F(ConnectionTest, RefusedDeclarationArrivesAsExceptionAndTheModuleKeepsWorking) {
     standinSetUnknownVariable("TITLE");
     FakeSystem::probe = platform::ProbeResult::kFound;
     tick(0);
-    ASSERT_TRUE(core.connected);
+    ASSERT_TRUE(link.connected());
     const auto rejected = standin::rejectedCalls();
     ASSERT_EQ(rejected.size(), 2u);  // the title datum, then the request on its definition
     EXPECT_STREQ(rejected[0].name, "TITLE");
@@ -493,36 +482,31 @@ TEST_F(Connection, RefusedDeclarationArrivesAsExceptionAndTheModuleKeepsWorking)
             EXPECT_EQ(standin::counters().deliveredExceptions, 2u);
         }
     }
-    core.QueueWrite(static_cast<uint32_t>(input.defineId), &pressed);
-    core.writerPass(at(12));
+    link.sendData(static_cast<uint32_t>(input.defineId), 0, 8, &pressed);
     // Still the first connection: keep-alives answered, lamps and writes flowing.
-    EXPECT_TRUE(core.connected);
+    EXPECT_TRUE(link.connected());
     EXPECT_EQ(standin::counters().opens, 1u);
-    EXPECT_EQ(core.digitOutValues[ap1].load(), 1.0);
+    EXPECT_EQ(received.digitOut(ap1), 1.0);
     EXPECT_EQ(standin::lvar(std::string(input.variable).c_str()), 1.0);
-    EXPECT_EQ(core.variant.load(), 0);  // no title ever came
+    EXPECT_EQ(link.variant(), 0);  // no title ever came
     EXPECT_EQ(standin::counters().rejectedCalls, 2u);
 }
 
-TEST_F(Connection, ReconnectCyclesWithConcurrentDispatchNeverTouchAClosedHandle) {
+TEST_F(ConnectionTest, ReconnectCyclesWithConcurrentDispatchNeverTouchAClosedHandle) {
     FakeSystem::probe = platform::ProbeResult::kFound;
+    standinSetKeepAliveAnswers(0);  // every fifth pass reconnects
     standinStartFrameThread(200);
     std::atomic<bool> stop{false};
     std::thread dispatcher([&] {
-        while (!stop) core.dispatchPass(SteadyClock::now());
+        while (!stop) link.dispatchPass(SteadyClock::now());
     });
     std::thread writer([&] {
         const double value = 1.0;
-        while (!stop) {
-            core.QueueWrite(1, &value);
-            core.SetLatestWrite(2, &value, 8);
-            core.writerPass(SteadyClock::now() + seconds(1));
-        }
+        while (!stop) link.sendData(1, 0, 8, &value);
     });
-    for (int cycle = 0; cycle < 300; ++cycle) {
-        core.linkCheckCount = 5;
-        core.connectPass(SteadyClock::now());
-        if (cycle % 50 == 0) standinQuit();
+    for (int pass = 0; pass < 1500; ++pass) {
+        link.connectPass(SteadyClock::now());
+        if (pass % 250 == 0) standinQuit();
     }
     stop = true;
     dispatcher.join();

@@ -1,33 +1,25 @@
-// Start and stop of the core: worker threads, write-path reset and liveness reset.
+// Start and stop of the core: worker threads, the connection they open, and what a restart
+// keeps and resets.
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
+#include <cstring>
 #include <filesystem>
-#include <mutex>
-#include <string>
 #include <thread>
 
 #include "core/core.h"
+#include "simulator/standin_control.h"
+#include "tests/support/fake_platform.h"
 
 namespace fenixA320 {
 namespace {
 
-int workersWithThreads(const FenixA320Core& core) {
-    int count = 0;
-    for (const PeriodicWorker* w :
-         {&core.connectWorker, &core.dispatchWorker, &core.servoWorker, &core.rudderTrimWorker,
-          &core.inputRefreshWorker, &core.writerWorker}) {
-        if (w->thread) ++count;
-    }
-    return count;
-}
+namespace standin = helmbridge::standin;
+using helmbridge::testing::eventually;
+using helmbridge::testing::FakeSystem;
 
 // Threads of this process, where the system tells (Linux); -1 elsewhere.
 int processThreads() {
-#if defined(_WIN32)
-    return -1;  // under Wine, /proc shows the emulator's own threads too
-#else
     std::error_code ec;
     const std::filesystem::path tasks("/proc/self/task");
     if (!std::filesystem::exists(tasks, ec)) return -1;
@@ -37,147 +29,80 @@ int processThreads() {
         ++count;
     }
     return count;
-#endif
 }
 
-TEST(CoreLifecycle, StopWithoutStartStartsNothing) {
-    FenixA320Core core;
+class CoreLifecycle : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        standinReset();
+        FakeSystem::reset(platform::ProbeResult::kFound);
+        FakeSystem::synthetic = false;  // real workers on the steady clock
+    }
+};
+
+TEST_F(CoreLifecycle, StopWithoutStartStartsNothingAndCallsNothing) {
+    FenixA320Core core{helmbridge::testing::fakePlatform()};
     const int threadsBefore = processThreads();
     EXPECT_TRUE(core.Stop());
-    EXPECT_EQ(workersWithThreads(core), 0);
+    EXPECT_EQ(core.workerThreads(), 0);
     EXPECT_EQ(processThreads(), threadsBefore);
-    EXPECT_FALSE(core.inputsBuilt);
-    EXPECT_FALSE(core.running);
+    EXPECT_FALSE(core.isRunning());
+    EXPECT_TRUE(standin::calls().empty());
 }
 
-TEST(CoreLifecycle, TwoStartsLeaveExactlySixWorkerThreads) {
-    FenixA320Core core;
+TEST_F(CoreLifecycle, TwoStartsLeaveExactlySixWorkerThreads) {
+    FenixA320Core core{helmbridge::testing::fakePlatform()};
     std::thread([] {}).join();  // let a sanitizer runtime start its helper thread first
     const int threadsBefore = processThreads();
     ASSERT_TRUE(core.Start());
     ASSERT_TRUE(core.Start());
-    EXPECT_TRUE(core.running);
-    EXPECT_EQ(workersWithThreads(core), 6);
+    EXPECT_TRUE(core.isRunning());
+    EXPECT_EQ(core.workerThreads(), 6);
     if (threadsBefore >= 0) {
         EXPECT_EQ(processThreads(), threadsBefore + 6);
     }
     EXPECT_TRUE(core.Stop());
-    EXPECT_EQ(workersWithThreads(core), 0);
+    EXPECT_EQ(core.workerThreads(), 0);
+    EXPECT_FALSE(core.isRunning());
     if (threadsBefore >= 0) {
         EXPECT_EQ(processThreads(), threadsBefore);
     }
 }
 
-TEST(CoreLifecycle, StartSetsPeriodsAndFirstConnectAttempt) {
-    FenixA320Core core;
-    core.Start();
-    EXPECT_EQ(core.connectWorker.periodMs, 1000);
-    EXPECT_EQ(core.dispatchWorker.periodMs, 15);
-    EXPECT_EQ(core.servoWorker.periodMs, 50);
-    EXPECT_EQ(core.rudderTrimWorker.periodMs, 10);
-    EXPECT_EQ(core.inputRefreshWorker.periodMs, 50);
-    EXPECT_EQ(core.writerWorker.periodMs, 5);
-    EXPECT_TRUE(core.inputsBuilt);
-    core.Stop();
-}
-
-// Without a client library every connection attempt fails; the places searched go to the
-// debugger once per Start, not once per attempt.
-TEST(CoreLifecycle, MissingClientLibraryIsReportedOncePerStart) {
-    static std::atomic<int> lines{0};
-    static std::mutex lastMutex;
-    static std::string last;
-    lines = 0;
-    const platform::Platform noLibrary{
-        []() -> const platform::SimConnectApi* { return nullptr; },
-        [] { return platform::ProbeResult::kFound; }, [] { return false; },
-        [](const char* text) {
-            std::lock_guard lock(lastMutex);
-            last = text;
-            ++lines;
-        },
-        [] { return std::string("SimConnect.dll not loaded; tried: here (missing)"); }};
-    FenixA320Core core{noLibrary};
-    core.linkCheckCount = 10;  // as Start leaves it: the first pass attempts
-    for (int s = 0; s <= 10; ++s) core.connectPass(TimePoint{} + std::chrono::seconds(s));
-    EXPECT_EQ(lines, 1);  // three attempts
-    {
-        std::lock_guard lock(lastMutex);
-        EXPECT_EQ(last, "[HelmBridge] SimConnect.dll not loaded; tried: here (missing)\n");
-    }
-    core.Start();
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (lines < 2 && std::chrono::steady_clock::now() < until) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    core.Stop();
-    EXPECT_EQ(lines, 2);
-    EXPECT_FALSE(core.connected);
-}
-
-TEST(CoreLifecycle, RestartKeepsInputObjectsAndResetsState) {
-    FenixA320Core core;
-    core.Start();
-    std::atomic<double>* values = core.digitOutValues.get();
-    values[3].store(1.5);
-    core.Stop();
-    core.droppedWrites = 7;
-    core.clockAdvancing = true;
-    core.clockRiseCount = 4;
-    core.acceptedClock = 1234.0;
-    core.Start();
-    EXPECT_EQ(core.digitOutValues.get(), values);  // built once, never moved
-    EXPECT_EQ(values[3].load(), 1.5);              // received values survive a restart
-    EXPECT_EQ(core.droppedWrites, 0u);
-    core.Stop();
-    EXPECT_FALSE(core.clockAdvancing);
-    EXPECT_EQ(core.clockRiseCount, 0);
-    EXPECT_EQ(core.acceptedClock, -1.0);
-    EXPECT_EQ(core.lastClockValue, -1.0);
-    EXPECT_FALSE(core.connected);
-    EXPECT_FALSE(core.running);
-}
-
-TEST(CoreLifecycle, StopForgetsWhichInputsAndSelectorsWereReported) {
-    FenixA320Core core;
-    core.BuildInputLogic();
-    core.connected = true;
-    core.simHandle = reinterpret_cast<void*>(0x1);  // no client library: nothing is called
-    core.SetDigitIn(1, true);                       // one-variable key
-    core.SetDigitIn(22, true);                      // a contact of the INT/RAD selector
-    const auto reported = [&] {
-        int count = 0;
-        for (const SwitchEntry& entry : core.input.switches) count += entry.reported ? 1 : 0;
-        return count;
-    };
-    ASSERT_EQ(reported(), 1);
-    ASSERT_TRUE(core.lastDigitIn.at(1).seen);
-    core.Stop();
-    EXPECT_EQ(reported(), 0);
-    EXPECT_FALSE(core.lastDigitIn.at(1).seen);
-    EXPECT_TRUE(core.lastDigitIn.at(1).state);  // states stay for the next run
-}
-
-TEST(CoreLifecycle, PwmWrapperFloorsLowLevels) {
-    FenixA320Core core;
-    std::vector<std::pair<unsigned, double>> calls;
-    core.SetPwmProc([&](unsigned channel, double level) {
-        calls.emplace_back(channel, level);
-        return channel != 9;
+// A running core connects at once, sends a switch and shows a lamp; Stop unregisters and
+// closes, and the next Start connects again with the values received so far still there.
+TEST_F(CoreLifecycle, RunStopAndRestartAgainstTheStandIn) {
+    FenixA320Core core{helmbridge::testing::fakePlatform()};
+    std::atomic<bool> lamp{false};
+    core.SetDigitOutProc([&](unsigned int id, bool on) {
+        if (id == 1) lamp = on;
+        return true;
     });
-    EXPECT_TRUE(core.pwmProc(1, 49.9));
-    EXPECT_TRUE(core.pwmProc(2, 50.0));
-    EXPECT_TRUE(core.pwmProc(3, -20.0));
-    EXPECT_TRUE(core.pwmProc(4, 2500.0));
-    EXPECT_FALSE(core.pwmProc(9, 100.0));  // the host's result comes back
-    EXPECT_EQ(calls, (std::vector<std::pair<unsigned, double>>{
-                         {1, 0.0}, {2, 50.0}, {3, 0.0}, {4, 2500.0}, {9, 100.0}}));
-}
+    EXPECT_FALSE(core.UpdateOutput());  // not connected
+    core.Start();
+    // Open, and registered: writes before the OPEN message's registration are refused.
+    ASSERT_TRUE(
+        eventually([] { return standin::calls(kStandinSubscribeToSystemEvent).size() == 5; }));
+    ASSERT_TRUE(core.GetConnectStatus());
+    core.SetDigitIn(1, true);
+    EXPECT_TRUE(eventually([] { return standin::lvar("S_ADF1_TFC") == 1.0; })) << "write";
+    standinSetLVar("I_ASP_ADF_1_REC", 1.0);
+    EXPECT_TRUE(eventually([&] {
+        standinRunFrames(1);
+        return core.UpdateOutput() && lamp;
+    })) << "lamp";
 
-TEST(CoreLifecycle, PwmWrapperAroundEmptyHostFunctionSendsNothing) {
-    FenixA320Core core;
-    core.SetPwmProc(PwmProc{});
-    EXPECT_FALSE(core.pwmProc(1, 100.0));
+    core.Stop();
+    EXPECT_FALSE(core.GetConnectStatus());
+    EXPECT_FALSE(standin::calls(kStandinClearDataDefinition).empty());
+    ASSERT_FALSE(standin::calls(kStandinClose).empty());
+    EXPECT_NE(standin::calls(kStandinClose).back().handle, nullptr);
+    lamp = false;
+    core.Start();
+    ASSERT_TRUE(eventually([&] { return core.GetConnectStatus(); }));
+    core.UpdateOutput();
+    EXPECT_TRUE(lamp);  // received values survive a restart
+    core.Stop();
 }
 
 }  // namespace

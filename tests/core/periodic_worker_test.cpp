@@ -106,14 +106,18 @@ TEST(PeriodicWorkerLoop, PeriodIsReadOnceOnEntry) {
     EXPECT_EQ(starts, (std::vector<TimePoint>{at(0), at(10), at(20)}));
 }
 
+const LoopClock kSteady{&helmbridge::platform::steadyNow, &helmbridge::platform::steadySleepUntil};
+
 TEST(PeriodicWorkerThread, StopJoinsAndLeavesTheWorkerRestartable) {
     PeriodicWorker worker;
     worker.periodMs = 1;
     std::atomic<int> passes{0};
     for (int round = 0; round < 2; ++round) {
         const int before = passes.load();
-        worker.StartWorker(
-            [&] { runPeriodic(worker, Pacing::FixedPause, [&](TimePoint) { ++passes; }); });
+        worker.StartWorker([&] {
+            runPeriodic(
+                worker, Pacing::FixedPause, [&](TimePoint) { ++passes; }, kSteady);
+        });
         const auto deadline = SteadyClock::now() + std::chrono::seconds(30);
         while (passes.load() < before + 3 && SteadyClock::now() < deadline) {
             std::this_thread::yield();

@@ -1,5 +1,5 @@
 // The three write paths and the writer pass that sends them.
-#include "core/write_paths.h"
+#include "store/write_paths.h"
 
 #include <gtest/gtest.h>
 

@@ -1,142 +1,122 @@
-// The writer pass against the stand-in: ordered, latest-value and held writes as the simulator
+// The write paths and the writer pass: ordered, latest-value and held writes as the link
 // receives them, on synthetic time.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
 
-#include "core/core.h"
-#include "simulator/standin_control.h"
+#include "store/write_paths.h"
 
 namespace fenixA320 {
 namespace {
 
-namespace standin = helmbridge::standin;
 using std::chrono::milliseconds;
-
-struct WriterSystem {
-    static platform::ProbeResult probe() { return platform::ProbeResult::kFound; }
-    static bool noConfig() { return false; }
-    static void quiet(const char*) {}
-};
-const platform::Platform kPlatform{&platform::bindSimConnect, &WriterSystem::probe,
-                                   &WriterSystem::noConfig, &WriterSystem::quiet};
 
 TimePoint at(int64_t ms) { return TimePoint{} + std::chrono::seconds(1000) + milliseconds(ms); }
 
 class Writer : public ::testing::Test {
   protected:
-    void SetUp() override {
-        standinReset();
-        core.BuildInputLogic();
-        reconnect();
-    }
-    void reconnect() {
-        core.linkCheckCount = 5;
-        core.connectPass(at(0));
-        core.dispatchPass(at(0));  // OPEN: definitions registered
-        ASSERT_TRUE(core.connected);
-        standinClearCalls();
-    }
-    // Values the simulator received for one definition, in order.
-    static std::vector<double> sent(uint32_t defineId) {
+    struct Sent {
+        uint32_t defineId;
+        uint32_t arrayCount;
+        uint32_t unitSize;
+        double value;
+    };
+    // Values the link received for one definition, in order.
+    std::vector<double> sent(uint32_t defineId) const {
         std::vector<double> values;
-        for (const auto& call : standin::calls(kStandinSetDataOnSimObject)) {
-            if (call.id != defineId) continue;
-            double v = 0.0;
-            if (call.data.size() >= sizeof v) std::memcpy(&v, call.data.data(), sizeof v);
-            values.push_back(v);
+        for (const Sent& s : log) {
+            if (s.defineId == defineId) values.push_back(s.value);
         }
         return values;
     }
-    void queue(uint32_t id, double v) { core.QueueWrite(id, &v); }
-    void latest(uint32_t id, double v) { core.SetLatestWrite(id, &v, sizeof v); }
+    void queue(uint32_t id, double v) { writes.QueueWrite(id, &v); }
+    void latest(uint32_t id, double v) { writes.SetLatestWrite(id, &v, sizeof v); }
 
-    FenixA320Core core{kPlatform};
+    bool up = true;
+    std::vector<Sent> log;
+    WritePaths writes{
+        WriteLink{this, [](const void* self) { return static_cast<const Writer*>(self)->up; },
+                  [](void* self, uint32_t id, uint32_t count, uint32_t size, const void* data) {
+                      double v = 0.0;
+                      std::memcpy(&v, data, sizeof v);
+                      static_cast<Writer*>(self)->log.push_back({id, count, size, v});
+                  }}};
 };
 
-TEST_F(Writer, QueuedWritesArriveInOrderWithTheirArguments) {
-    queue(1, 5.0);
-    queue(1, 6.0);
-    core.writerPass(at(1));
-    EXPECT_EQ(sent(1), (std::vector<double>{5.0, 6.0}));
-    for (const auto& call : standin::calls(kStandinSetDataOnSimObject)) {
-        EXPECT_EQ(call.objectId, 0u);
-        EXPECT_EQ(call.flags, 0u);
-        EXPECT_EQ(call.arrayCount, 0u);
-        EXPECT_EQ(call.unitSize, 8u);
-    }
-    EXPECT_EQ(standin::lvar("S_ADF1_TFC"), 6.0);
-}
-
-TEST_F(Writer, TenQueuedRecordsPerPass) {
+TEST_F(Writer, QueuedWritesArriveInOrderTenPerPass) {
+    writes.writerPass(at(0));  // the writer's first pass starts its flush intervals
     for (int i = 0; i < 25; ++i) queue(1, i);
-    core.writerPass(at(1));
+    writes.writerPass(at(1));
     EXPECT_EQ(sent(1).size(), 10u);
-    core.writerPass(at(6));
-    core.writerPass(at(11));
+    writes.writerPass(at(2));
+    writes.writerPass(at(3));
     const std::vector<double> values = sent(1);
     ASSERT_EQ(values.size(), 25u);
     for (int i = 0; i < 25; ++i) EXPECT_EQ(values[static_cast<std::size_t>(i)], i);
+    EXPECT_EQ(log[0].arrayCount, 0u);
+    EXPECT_EQ(log[0].unitSize, 8u);
 }
 
 TEST_F(Writer, FullQueueDropsTheOldestAndCountsIt) {
     for (int i = 0; i <= 20000; ++i) queue(1, i);
-    EXPECT_EQ(core.writeQueue.size(), 20000u);
-    EXPECT_EQ(core.droppedWrites, 1u);
-    double first = 0.0;
-    std::memcpy(&first, core.writeQueue.at(0).bytes.data(), sizeof first);
-    EXPECT_EQ(first, 1.0);
+    EXPECT_EQ(writes.droppedWrites(), 1u);
+    writes.writerPass(at(0));
+    EXPECT_EQ(sent(1).front(), 1.0);
+    writes.resetDroppedWrites();
+    EXPECT_EQ(writes.droppedWrites(), 0u);
 }
 
-TEST_F(Writer, NothingIsStoredWhileDisconnected) {
-    core.connected = false;
+TEST_F(Writer, NothingIsStoredWhileTheLinkIsDown) {
+    up = false;
     queue(1, 1.0);
     latest(2001, 1.0);
-    EXPECT_EQ(core.writeQueue.size(), 0u);
-    EXPECT_EQ(core.latestWrites.find(2001), nullptr);
-    reconnect();
-    core.writerPass(at(1));
-    EXPECT_TRUE(standin::calls(kStandinSetDataOnSimObject).empty());
+    up = true;
+    for (int ms = 0; ms <= 400; ms += 5) writes.writerPass(at(ms));
+    EXPECT_TRUE(log.empty());
 }
 
 TEST_F(Writer, LatestValuesFlushTwentyAtMostEveryTenMilliseconds) {
+    writes.writerPass(at(0));
     latest(2001, 1.0);
     latest(2001, 2.0);
     for (uint32_t id = 2002; id < 2026; ++id) latest(id, 3.0);  // 25 dirty in all
-    core.writerPass(at(1));
-    EXPECT_EQ(standin::calls(kStandinSetDataOnSimObject).size(), 20u);
+    writes.writerPass(at(5));  // 5 ms after the start: no flush yet
+    EXPECT_TRUE(log.empty());
+    writes.writerPass(at(10));
+    EXPECT_EQ(log.size(), 20u);
     EXPECT_EQ(sent(2001), (std::vector<double>{2.0}));
-    core.writerPass(at(6));  // 5 ms later: no flush yet
-    EXPECT_EQ(standin::calls(kStandinSetDataOnSimObject).size(), 20u);
-    core.writerPass(at(11));
-    EXPECT_EQ(standin::calls(kStandinSetDataOnSimObject).size(), 25u);
+    writes.writerPass(at(15));
+    EXPECT_EQ(log.size(), 20u);
+    writes.writerPass(at(20));
+    EXPECT_EQ(log.size(), 25u);
 }
 
-TEST_F(Writer, HeldValuesAreResentEveryTwoHundredMillisecondsUntilStop) {
-    ASSERT_EQ(core.heldDefinitions.count(2089), 1u);  // left throttle
-    latest(2089, 0.5);
-    core.writerPass(at(1));  // latest flush and held flush
+TEST_F(Writer, HeldValuesAreResentEveryTwoHundredMillisecondsUntilCleared) {
+    writes.writerPass(at(0));
+    latest(2089, 0.5);  // left throttle: held
+    latest(2001, 0.5);  // volume knob: not held
+    queue(497, 1.0);    // parking brake: held
+    for (int ms = 5; ms < 200; ms += 5) writes.writerPass(at(ms));
+    EXPECT_EQ(sent(2089).size(), 1u);
+    writes.writerPass(at(200));
+    EXPECT_EQ(sent(2089), (std::vector<double>{0.5, 0.5}));
+    EXPECT_EQ(sent(497), (std::vector<double>{1.0, 1.0}));
+    EXPECT_EQ(sent(2001).size(), 1u);
+    writes.clear();
+    for (int ms = 205; ms <= 800; ms += 5) writes.writerPass(at(ms));
     EXPECT_EQ(sent(2089).size(), 2u);
-    for (int ms = 6; ms < 200; ms += 5) core.writerPass(at(ms));
-    EXPECT_EQ(sent(2089).size(), 2u);
-    core.writerPass(at(201));
-    EXPECT_EQ(sent(2089), (std::vector<double>{0.5, 0.5, 0.5}));
-    EXPECT_EQ(sent(2001).size(), 0u);
-    core.Stop();
-    EXPECT_TRUE(core.heldWrites.empty());
-    core.writerPass(at(1000));
-    EXPECT_EQ(sent(2089).size(), 3u);
 }
 
-TEST_F(Writer, DirtyLatestAndHeldWritesSurviveAReconnect) {
+TEST_F(Writer, DirtyLatestAndHeldWritesSurviveALinkOutage) {
+    writes.writerPass(at(0));
     latest(2089, 0.25);  // held
     latest(2002, 0.75);  // latest only
-    core.connected = false;
-    core.writerPass(at(1));
-    EXPECT_TRUE(standin::calls(kStandinSetDataOnSimObject).empty());
-    reconnect();
-    core.writerPass(at(2));
+    up = false;
+    writes.writerPass(at(300));
+    EXPECT_TRUE(log.empty());
+    up = true;
+    writes.writerPass(at(305));
     EXPECT_EQ(sent(2002), (std::vector<double>{0.75}));
     EXPECT_EQ(sent(2089), (std::vector<double>{0.25, 0.25}));
 }

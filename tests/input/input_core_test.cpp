@@ -1,4 +1,4 @@
-// Digital, encoder and analog events through the core, down to the writes they leave behind,
+// Digital, encoder and analog events through the input side, down to the writes they leave behind,
 // and their replay and the rudder-trim refresher, on synthetic time and on threads.
 #include <gtest/gtest.h>
 
@@ -9,13 +9,15 @@
 #include <cstring>
 #include <limits>
 #include <map>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "catalogue/bindings.h"
-#include "core/core.h"
+#include "input/input_side.h"
+#include "tests/support/fake_platform.h"
 
 namespace fenixA320::testing {
 namespace {
@@ -55,41 +57,44 @@ struct Writes {
     bool none() const { return queued.empty() && latest.empty(); }
 };
 
-// A built core with an open connection and no workers, and readers of what it wrote.
+// A built input side with an open connection, and what it wrote since the last drain.
 class InputDispatch : public ::testing::Test {
   protected:
     void SetUp() override {
-        core.BuildInputLogic();
-        core.connected = true;
-        core.simHandle = reinterpret_cast<void*>(0x1);
-        t0 = core.input.builtAt + seconds(1);  // past the key gates that start at build
-    }
-    void TearDown() override {
-        core.simHandle = nullptr;  // never a real connection: nothing to close
-        core.connected = false;
+        helmbridge::testing::FakeSystem::reset();
+        received.allocate();
+        input.BuildInputLogic(built);
     }
 
     Writes drain() {
-        Writes writes;
-        WriteRecord record;
-        while (core.writeQueue.take(&record, 1) == 1) {
-            double value = 0.0;
-            std::memcpy(&value, record.bytes.data(), sizeof value);
-            writes.queued.emplace_back(record.defineId, value);
-        }
-        core.latestWrites.flush(100000, [&](uint32_t id, const PendingWrite& entry) {
-            std::vector<double> values(entry.bytes.size() / sizeof(double));
-            std::memcpy(values.data(), entry.bytes.data(), values.size() * sizeof(double));
-            writes.latest[id] = std::move(values);
-        });
-        return writes;
+        std::lock_guard lock(mutex);
+        return std::exchange(written, Writes{});
     }
 
-    void digital(int32_t id, bool state, TimePoint at) { core.setDigitIn(id, state, at); }
+    void digital(int32_t id, bool state, TimePoint at) { input.SetDigitIn(id, state, at); }
     void digital(int32_t id, bool state) { digital(id, state, t0); }
 
-    FenixA320Core core;
-    TimePoint t0{};
+    static void queue(void* self, uint32_t id, const double* value) {
+        auto& test = *static_cast<InputDispatch*>(self);
+        std::lock_guard lock(test.mutex);
+        test.written.queued.emplace_back(id, *value);
+    }
+    static void latest(void* self, uint32_t id, const void* data, uint32_t size) {
+        auto& test = *static_cast<InputDispatch*>(self);
+        std::vector<double> values(size / sizeof(double));
+        std::memcpy(values.data(), data, values.size() * sizeof(double));
+        std::lock_guard lock(test.mutex);
+        test.written.latest[id] = std::move(values);
+    }
+
+    std::mutex mutex;
+    Writes written;
+    std::atomic<bool> connected{true};
+    ReceivedValues received;
+    InputSide input{helmbridge::testing::fakePlatform(), WriteTarget{this, &queue, &latest},
+                    received, [this] { return connected.load(); }};
+    const TimePoint built = helmbridge::testing::at(0);
+    const TimePoint t0 = built + seconds(1);  // past the key gates that start at build
 };
 
 TEST_F(InputDispatch, BoundInputsQueueEveryEventInOrderAndAudioKeysAlsoFillTheirBlock) {
@@ -114,23 +119,21 @@ TEST_F(InputDispatch, InputsNoRouteTakesWriteNothing) {
         for (int32_t id = first; id <= last; ++id) ids.push_back(id);
     }
     for (const int32_t id : ids) {
-        EXPECT_FALSE(core.setDigitIn(id, id != 963, t0)) << id;  // 963 only acts when pressed
+        EXPECT_FALSE(input.SetDigitIn(id, id != 963, t0)) << id;  // 963 only acts when pressed
         EXPECT_TRUE(drain().none()) << id;
     }
 }
 
-// Remembered, so a replay brings the lever back.
 TEST_F(InputDispatch, ParkingBrakeMicroswitchesWriteOnClosingOnly) {
     for (const int32_t id : {605, 964}) {
-        EXPECT_TRUE(core.setDigitIn(id, true, t0)) << id;
-        EXPECT_TRUE(core.setDigitIn(id, false, t0)) << id;
-        EXPECT_TRUE(core.lastDigitIn.at(id).seen) << id;
+        EXPECT_TRUE(input.SetDigitIn(id, true, t0)) << id;
+        EXPECT_TRUE(input.SetDigitIn(id, false, t0)) << id;
     }
     EXPECT_EQ(drain().queuedTo(kParkingBrake), (Values{1.0, 0.0}));
 }
 
 TEST_F(InputDispatch, SpeedbrakeLeverFollowsTheArmedSwitch) {
-    core.SetAnalog(88, 0.5);
+    input.SetAnalog(88, 0.5);
     EXPECT_EQ(drain().latest, (Latest{{2088, {2.0}}}));
     digital(472, true);
     Writes writes = drain();
@@ -145,9 +148,9 @@ TEST_F(InputDispatch, SpeedbrakeLeverFollowsTheArmedSwitch) {
 }
 
 TEST_F(InputDispatch, GatedPanelBlockIsWrittenAfterEveryMemberEvent) {
-    digital(481, true, core.input.builtAt + milliseconds(50));  // the gates start at build
+    digital(481, true, built + milliseconds(50));  // the gates start at build
     EXPECT_EQ(drain().latest.at(DEF_FCU_KEYS), Values(23, 0.0));
-    digital(481, true, core.input.builtAt + milliseconds(100));
+    digital(481, true, built + milliseconds(100));
     EXPECT_EQ(drain().latest.at(DEF_FCU_KEYS)[0], 1.0);
 
     digital(230, true, t0);
@@ -164,15 +167,15 @@ TEST_F(InputDispatch, GatedPanelBlockIsWrittenAfterEveryMemberEvent) {
 }
 
 TEST_F(InputDispatch, EncodersCountDetentsUpOnlyForDirectionOne) {
-    for (const int32_t direction : {1, 1, 1, 0, -1, 2}) core.SetEncoder(1, direction);
+    for (const int32_t direction : {1, 1, 1, 0, -1, 2}) input.SetEncoder(1, direction);
     EXPECT_EQ(drain().queuedTo(1001), (Values{1.0, 2.0, 3.0, 2.0, 1.0, 0.0}));
     for (const int32_t id : {0, 44, -5, std::numeric_limits<int32_t>::max()})
-        core.SetEncoder(id, 1);
+        input.SetEncoder(id, 1);
     EXPECT_TRUE(drain().none());
-    core.connected = false;
-    core.SetEncoder(1, 1);
-    core.connected = true;
-    core.SetEncoder(1, 1);
+    connected = false;
+    input.SetEncoder(1, 1);
+    connected = true;
+    input.SetEncoder(1, 1);
     EXPECT_EQ(drain().queuedTo(1001), Values{1.0});
 }
 
@@ -208,7 +211,7 @@ TEST_F(InputDispatch, EventsWriteTheirConvertedValueThroughDeadBandsAndSelectors
         if (step.id >= 400) {
             digital(step.id, step.value == kPress);
         } else {
-            core.SetAnalog(step.id, step.value);
+            input.SetAnalog(step.id, step.value);
         }
         const Writes writes = drain();
         Latest expected;
@@ -216,55 +219,42 @@ TEST_F(InputDispatch, EventsWriteTheirConvertedValueThroughDeadBandsAndSelectors
         EXPECT_EQ(writes.latest, expected);
         EXPECT_TRUE(writes.queued.empty());
     }
-    EXPECT_EQ(core.output.domeLightValue.load(), 1.0);
-    EXPECT_EQ(core.switchVarValue(kDome), 1.0);
-    EXPECT_EQ(core.switchVarValue(-3), 0.0);
-    EXPECT_TRUE(core.lastAnalog.at(61).seen);
-    EXPECT_TRUE(core.lastAnalog.at(124).seen);
+    EXPECT_EQ(input.switchVarValue(kDome), 1.0);
+    EXPECT_EQ(input.switchVarValue(-3), 0.0);
 }
 
 TEST_F(InputDispatch, TrimWheelIsLeftToTheServoLoopWhileTheTrimMotorIsPowered) {
-    core.digitOutValues[471].store(1.0);
-    core.SetAnalog(82, 2.5);
+    std::vector<double> block(472, 0.0);
+    block[471] = 1.0;  // B_FC_ELEVATOR_TRIM_MOTOR_POWER
+    received.storeDigitOut(reinterpret_cast<const unsigned char*>(block.data()), block.size());
+    input.SetAnalog(82, 2.5);
     EXPECT_TRUE(drain().none());
-    EXPECT_EQ(core.output.elevatorTrimInput.load(), 2.5);
-    EXPECT_FALSE(core.lastAnalog.at(82).seen);
+    EXPECT_EQ(input.trimWheelInput(), 2.5);
 }
 
 TEST_F(InputDispatch, OutOfRangeAndNonFiniteAnalogValuesNeverReachTheAircraft) {
-    EXPECT_THROW(core.SetAnalog(90, 1.2), std::out_of_range);
+    EXPECT_THROW(input.SetAnalog(90, 1.2), std::out_of_range);
     for (int32_t id = -1; id <= 125; ++id) {
         for (const double bad : {kNaN, kInf, -kInf}) {
             try {
-                core.SetAnalog(id, bad);
+                input.SetAnalog(id, bad);
             } catch (const std::out_of_range&) {
                 EXPECT_TRUE(id == 89 || id == 90) << id;
             }
         }
     }
     EXPECT_TRUE(drain().none());
-    EXPECT_FALSE(core.lastAnalog.at(90).seen);
 }
 
-std::atomic<int> pauses{0};
-void countPause() { pauses.fetch_add(1); }
-
-// The same core, running, with the simulator clock advancing.
+// The same input side in a running module, with the simulator clock advancing.
 class InputReplay : public InputDispatch {
   protected:
-    void SetUp() override {
-        InputDispatch::SetUp();
-        core.running = true;
-        core.clockAdvancing = true;
-        pauses = 0;
-    }
-
     // Replay passes every `step` for `length` after `from`: all their queued writes, the last
     // latest value of each definition and the number of latest writes.
     Writes passes(TimePoint from, Nanos step, Nanos length) {
         Writes all;
         for (TimePoint t = from; t <= from + length; t += step) {
-            core.inputReplayPass(t, &countPause);
+            input.inputReplayPass(t, gate);
             Writes one = drain();
             all.queued.insert(all.queued.end(), one.queued.begin(), one.queued.end());
             for (auto& [id, values] : one.latest) all.latest[id] = values;
@@ -273,28 +263,11 @@ class InputReplay : public InputDispatch {
         return all;
     }
     // A new run: the replay clock starts again at the next pass.
-    void restart(TimePoint at) {
-        core.running = false;
-        core.inputReplayPass(at, &countPause);
-        core.running = true;
-    }
+    void restart(TimePoint at) { input.inputReplayPass(at, {}); }
 
+    ReplayGate gate{true, true, true};
     int latestCount = 0;
 };
-
-// The one more beyond the bound inputs is the parking brake's OFF contact.
-TEST_F(InputReplay, MemoriesHoldTheBoundInputsAndTheParkingBrakeOffContact) {
-    std::size_t excludedBound = 0;
-    for (const VarBinding& row : digitInBindings()) {
-        const bool excluded = std::find(replayExcluded.begin(), replayExcluded.end(), row.key) !=
-                              replayExcluded.end();
-        excludedBound += excluded ? 1 : 0;
-        EXPECT_EQ(core.lastDigitIn.count(row.key), excluded ? 0u : 1u) << row.key;
-    }
-    EXPECT_EQ(core.lastDigitIn.size(), digitInBindings().size() - excludedBound + 1);
-    EXPECT_EQ(core.lastDigitIn.count(342), 0u);  // a switch number read as an id: not an input
-    EXPECT_EQ(core.lastAnalog.size(), 125u);
-}
 
 TEST_F(InputReplay, SeenInputIsQueuedAgainEverySecondWhileTheClockRuns) {
     digital(449, true);
@@ -306,9 +279,9 @@ TEST_F(InputReplay, SeenInputIsQueuedAgainEverySecondWhileTheClockRuns) {
         EXPECT_EQ(passes(t, step, seconds(5)).queuedTo(kEngMaster1), std::vector<double>(5, 1.0))
             << step.count();
         t += seconds(5) + step;
-        core.clockAdvancing = false;  // paused: a long quiet tail
+        gate.clockAdvancing = false;  // paused: a long quiet tail
         EXPECT_TRUE(passes(t, step, seconds(20)).none()) << step.count();
-        core.clockAdvancing = true;
+        gate.clockAdvancing = true;
         t += seconds(20) + step;
         EXPECT_EQ(passes(t, step, Nanos(0)).queuedTo(kEngMaster1), std::vector<double>{1.0});
         t += step;
@@ -326,7 +299,7 @@ TEST_F(InputReplay, MomentaryActionKeysAndForgottenInputsAreNotReplayed) {
     EXPECT_EQ(writes.queuedTo(kEngMaster1).size(), 3u);
     EXPECT_TRUE(writes.latest.empty());
 
-    for (auto& [id, memory] : core.lastDigitIn) memory.seen = false;  // as Stop leaves them
+    input.forgetReported();  // as Stop leaves them
     EXPECT_TRUE(passes(t0 + seconds(4), milliseconds(50), seconds(5)).none());
     digital(449, false);
     drain();
@@ -338,7 +311,7 @@ TEST_F(InputReplay, ReportedSelectorPositionsAreReassertedUntilANewRun) {
     digital(24, true);   // INT/RAD to RAD
     digital(478, true);  // altitude knob pushed and released: position unknown
     digital(478, false);
-    core.SetAnalog(124, 3.0);  // flap lever to 3
+    input.SetAnalog(124, 3.0);  // flap lever to 3
     drain();
     const Writes writes = passes(t0, milliseconds(50), seconds(1));
     // INT/RAD and flaps only: not the unknown altitude knob, nor the never reported selector 33.
@@ -349,42 +322,43 @@ TEST_F(InputReplay, ReportedSelectorPositionsAreReassertedUntilANewRun) {
 }
 
 TEST_F(InputReplay, AnalogValuesComeBackEveryTwoSecondsThroughTheirDeadBands) {
-    core.SetAnalog(77, 0.5);    // sidestick: no dead band
-    core.SetAnalog(114, 24.0);  // cockpit temperature: its record still holds the value
+    input.SetAnalog(77, 0.5);    // sidestick: no dead band
+    input.SetAnalog(114, 24.0);  // cockpit temperature: its record still holds the value
     drain();
     passes(t0, milliseconds(50), seconds(4));
     EXPECT_EQ(latestCount, 2);  // 2077 at 2 s and at 4 s
-    EXPECT_EQ(pauses.load(), 4);
+    EXPECT_EQ(helmbridge::testing::FakeSystem::sleeps.load(), 4);
 }
 
 // The switch is spring-loaded: its contacts only move a position that the refresher writes.
 TEST_F(InputReplay, RudderTrimContactsMoveThePositionTheRefresherWritesEveryPass) {
     digital(468, true);  // the switch's own contact: not fed to its position logic
     digital(470, true);
-    EXPECT_EQ(core.input.rudderTrimPosition.load(), 2.0);
+    input.rudderTrimPass(t0);
+    EXPECT_EQ(drain().latest, (Latest{{kRudderTrim, {2.0}}}));
     digital(469, true);
     EXPECT_TRUE(drain().none());
-    core.clockAdvancing = false;  // the refresher does not wait for the clock
+    gate.clockAdvancing = false;  // the refresher does not wait for the clock
     for (int pass = 0; pass < 10; ++pass) {
-        core.rudderTrimPass(t0 + milliseconds(30 * pass));
+        input.rudderTrimPass(t0 + milliseconds(30 * pass));
         EXPECT_EQ(drain().latest, (Latest{{kRudderTrim, {0.0}}})) << pass;
     }
     digital(469, false);
-    core.rudderTrimPass(t0 + milliseconds(300));
+    input.rudderTrimPass(t0 + milliseconds(300));
     EXPECT_EQ(drain().latest, (Latest{{kRudderTrim, {1.0}}}));
-    EXPECT_EQ(core.switchVarValue(kRudderTrim), 1.0);
+    EXPECT_EQ(input.switchVarValue(kRudderTrim), 1.0);
 }
 
 // Two host threads and the replay and refresher on a third: every detent is counted once.
 TEST_F(InputReplay, HostThreadsAndReplayShareTheInputPath) {
     digital(449, true);
-    core.SetAnalog(77, 0.1);
+    input.SetAnalog(77, 0.1);
     std::atomic<bool> stop{false};
     std::atomic<int> replayPasses{0};
     std::thread replay([&] {
         for (TimePoint t = t0 + seconds(1); !stop.load(); t += seconds(1)) {
-            core.inputReplayPass(t, [] {});
-            core.rudderTrimPass(t);
+            input.inputReplayPass(t, gate);
+            input.rudderTrimPass(t);
             replayPasses.fetch_add(1);
             std::this_thread::yield();
         }
@@ -394,11 +368,11 @@ TEST_F(InputReplay, HostThreadsAndReplayShareTheInputPath) {
         const auto deadline = SteadyClock::now() + seconds(60);
         for (int& n = detents[encoder];
              (n < 2000 || replayPasses.load() < 50) && SteadyClock::now() < deadline; ++n) {
-            core.SetEncoder(encoder, direction);
-            core.SetDigitIn(contact, n % 2 == 0);
-            core.SetDigitIn(469, n % 3 == 0);
-            core.SetAnalog(axis, (n % 200) / 100.0 - 1.0);
-            core.switchVarValue(611);
+            input.SetEncoder(encoder, direction);
+            input.SetDigitIn(contact, n % 2 == 0, t0);
+            input.SetDigitIn(469, n % 3 == 0, t0);
+            input.SetAnalog(axis, (n % 200) / 100.0 - 1.0);
+            input.switchVarValue(611);
         }
     };
     std::thread hostA(host, 1, 1, 743, 78);
@@ -408,8 +382,9 @@ TEST_F(InputReplay, HostThreadsAndReplayShareTheInputPath) {
     stop = true;
     replay.join();
     EXPECT_GE(replayPasses.load(), 50);
-    EXPECT_EQ(core.input.encoderValues[1], static_cast<double>(detents[1]));
-    EXPECT_EQ(core.input.encoderValues[2], -static_cast<double>(detents[2]));
+    const Writes writes = drain();
+    EXPECT_EQ(writes.queuedTo(1001).back(), static_cast<double>(detents[1]));
+    EXPECT_EQ(writes.queuedTo(1002).back(), -static_cast<double>(detents[2]));
 }
 
 }  // namespace

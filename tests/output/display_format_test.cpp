@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "core/core.h"
 #include "output/output_values.h"
+#include "store/received_values.h"
 
 namespace fenixA320 {
 namespace {
@@ -43,15 +43,16 @@ class DisplayFormat : public ::testing::Test {
         }
     }
 
-    std::atomic<double> digits[kDigitOutSlots]{};
-    std::atomic<double> displays[kDisplaySlots]{};
+    std::atomic<double> digits[ReceivedValues::kDigitOutSlots]{};
+    std::atomic<double> displays[ReceivedValues::kDisplaySlots]{};
 };
 
 TEST_F(DisplayFormat, NoPowerBlanksEveryDisplayEvenInLightTest) {
     setDigit(out::kFcuPower, 0.0);
     for (const double annLight : {0.0, 2.0}) {
         setDigit(out::kAnnLight, annLight);
-        for (uint32_t id = 0; id < kDisplaySlots; ++id) expectTexts({{id, 250.0, ""}});
+        for (uint32_t id = 0; id < ReceivedValues::kDisplaySlots; ++id)
+            expectTexts({{id, 250.0, ""}});
     }
     setDigit(out::kAnnLight, 0.0);
     setDigit(out::kFcuPower, std::nan(""));  // NaN counts as powered

@@ -1,4 +1,4 @@
-// The output cycle and the servo pass through the core: gating, order and counts of the host
+// The output cycle and the servo pass of the output side: gating, order and counts of the host
 // calls, lamp states, the display value text and missing or failing callbacks.
 #include <gtest/gtest.h>
 
@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "catalogue/signal_lists.h"
-#include "core/core.h"
 #include "output/digital_outputs.h"
+#include "output/output_side.h"
 #include "output/output_values.h"
 #include "output/servo_pwm.h"
 
@@ -33,15 +33,13 @@ struct HostCall {
 class OutputCycle : public ::testing::Test {
   protected:
     void SetUp() override {
-        core.BuildInputLogic();
-        core.connected = true;
-        core.running = true;
+        received.allocate();
         digit(out::kFcuPower, 1.0);
-        core.SetDigitOutProc([this](unsigned id, bool on) {
+        output.SetDigitOutProc([this](unsigned id, bool on) {
             calls.push_back({'L', id, on ? "on" : "off", 0.0});
             return true;
         });
-        core.SetDisplayProc([this](unsigned id, std::string text) {
+        output.SetDisplayProc([this](unsigned id, std::string text) {
             calls.push_back({'D', id, std::move(text), 0.0});
             return true;
         });
@@ -50,23 +48,30 @@ class OutputCycle : public ::testing::Test {
                 calls.push_back({kind, id, "", level});
                 return true;
             };
-            if (kind == 'P') core.SetPwmProc(record);
-            if (kind == 'S') core.SetServoProc(record);
-            if (kind == 'V') core.SetServoSpeedProc(record);
+            if (kind == 'P') output.SetPwmProc(record);
+            if (kind == 'S') output.SetServoProc(record);
+            if (kind == 'V') output.SetServoSpeedProc(record);
         }
     }
 
-    void digit(uint32_t slot, double v) { core.digitOutValues[slot].store(v); }
-    void display(uint32_t id, double v) { core.displayValues[id].store(v); }
+    // A frame that changes one value and keeps the others.
+    void digit(uint32_t slot, double v) {
+        digits[slot] = v;
+        received.storeDigitOut(reinterpret_cast<const unsigned char*>(digits), 502);
+    }
+    void display(uint32_t id, double v) {
+        displays[id] = v;
+        received.storeDisplay(reinterpret_cast<const unsigned char*>(displays), 143);
+    }
 
     std::vector<HostCall> cycle() {
         calls.clear();
-        EXPECT_TRUE(core.UpdateOutput());
+        output.updateOutput(dome);
         return calls;
     }
     std::vector<HostCall> servoPass(int64_t ms) {
         calls.clear();
-        core.servoPass(TimePoint{} + std::chrono::milliseconds(ms + 5'000'000));
+        output.servoPass(TimePoint{} + std::chrono::milliseconds(ms + 5'000'000), wheel);
         return calls;
     }
     std::vector<HostCall> callsOf(char kind) {
@@ -81,16 +86,24 @@ class OutputCycle : public ::testing::Test {
         return states;
     }
 
-    FenixA320Core core;
+    double digits[502] = {};
+    double displays[143] = {};
+    double dome = 0.0;   // the dome light switch position
+    double wheel = 0.0;  // the trim wheel position the hardware reports
+    ReceivedValues received;
+    OutputSide output{received};
     std::vector<HostCall> calls;
 };
 
-TEST_F(OutputCycle, CallsNothingWhileDisconnectedOrStopped) {
-    core.connected = false;
-    EXPECT_FALSE(core.UpdateOutput());
-    core.connected = true;
-    core.running = false;
-    EXPECT_TRUE(core.UpdateOutput());
+TEST_F(OutputCycle, CallsNothingBeforeAnyValueCanArrive) {
+    ReceivedValues none;
+    OutputSide early{none};
+    early.SetDigitOutProc([this](unsigned, bool) {
+        calls.push_back({'L', 0, "", 0.0});
+        return true;
+    });
+    early.updateOutput(0.0);
+    early.servoPass(TimePoint{}, 0.0);
     EXPECT_TRUE(calls.empty());
 }
 
@@ -115,16 +128,15 @@ TEST_F(OutputCycle, SendsLampsThenDisplaysThenChannelsInAscendingIdsEveryCycle) 
 
 TEST_F(OutputCycle, MissingOrThrowingCallbackCostsOnlyItsOwnCalls) {
     int lampAttempts = 0;
-    core.SetDigitOutProc([&lampAttempts](unsigned, bool) -> bool {
+    output.SetDigitOutProc([&lampAttempts](unsigned, bool) -> bool {
         ++lampAttempts;
         throw std::runtime_error("host failure");
     });
-    core.pwmProc = nullptr;
+    output.SetPwmProc({});            // the floor wrapper around an empty host function
     EXPECT_EQ(cycle().size(), 143u);  // the displays
     EXPECT_EQ(lampAttempts, 501);
-    core.SetDigitOutProc({});
-    core.SetDisplayProc({});
-    core.SetPwmProc({});  // the floor wrapper around an empty host function
+    output.SetDigitOutProc({});
+    output.SetDisplayProc({});
     EXPECT_TRUE(cycle().empty());
 }
 
@@ -154,7 +166,7 @@ TEST_F(OutputCycle, ChannelsCarryKnobAndSwitchLevelsOnlyWithPower) {
         const auto& [domePosition, domeLevel] = switches[(i + 1) % 5];
         display(141, position);
         display(142, position);
-        core.output.domeLightValue.store(domePosition);
+        dome = domePosition;
         const std::vector<HostCall> channels = callsOf('P');
         for (const std::size_t channel : {8u, 9u, 12u, 13u}) {
             EXPECT_EQ(channels.at(channel - 1).level, channel < 12 ? domeLevel : level)
@@ -216,7 +228,7 @@ TEST_F(OutputCycle, LampsFollowTheirValuesAndTheSynthesizedOnesPower) {
 // Without motor power the wheel drives the trim: no trim position, the gauges still move.
 TEST_F(OutputCycle, ServoPassSendsSpeedThenTrimThenScaledGaugesAndSkipsMissingCallbacks) {
     display(displayId::kElevatorTrim, 0.3);
-    core.output.elevatorTrimInput.store(0.3);
+    wheel = 0.3;
     digit(digitOutId::kTrimMotorPower, 1.0);
     display(displayId::kBrakeAccuPressure, 3000.0);
     display(displayId::kBrakeLeftPressure, 300.0);
@@ -229,10 +241,9 @@ TEST_F(OutputCycle, ServoPassSendsSpeedThenTrimThenScaledGaugesAndSkipsMissingCa
     digit(digitOutId::kTrimMotorPower, 0.0);
     expected.erase(expected.begin() + 1);
     EXPECT_EQ(servoPass(50), expected);
-    core.SetServoSpeedProc({});  // the speed step is skipped whole: its clock stays
+    output.SetServoSpeedProc({});  // the speed step is skipped whole: its clock stays
     EXPECT_EQ(servoPass(100), gauges);
-    EXPECT_EQ(core.output.servo.lastServoTime, TimePoint{} + std::chrono::milliseconds(5'000'050));
-    core.SetServoProc({});
+    output.SetServoProc({});
     EXPECT_TRUE(servoPass(150).empty());
 }
 

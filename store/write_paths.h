@@ -3,10 +3,15 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
+#include <mutex>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
+
+#include "platform/clock.h"
 
 namespace fenixA320 {
 
@@ -129,6 +134,59 @@ class LatestWrites {
     std::vector<uint32_t> order_;  // ring of dirty definitions, oldest at head_
     std::size_t head_ = 0;
     std::size_t dirty_ = 0;
+};
+
+// The open connection as the write paths see it: whether writes are taken now, and where the
+// writer sends them. Plain functions with a context, so the store knows nothing of the
+// connection.
+struct WriteLink {
+    void* context = nullptr;
+    bool (*up)(const void* context) = nullptr;
+    void (*send)(void* context, uint32_t defineId, uint32_t arrayCount, uint32_t unitSize,
+                 const void* data) = nullptr;
+
+    bool isUp() const { return up != nullptr && up(context); }
+};
+
+// The three write paths of the input side and the writer that empties them. The three mutexes
+// are never held together.
+class WritePaths {
+  public:
+    explicit WritePaths(WriteLink link);
+
+    // Ordered: every value arrives, in order; full, the queue forgets the oldest record.
+    void QueueWrite(uint32_t defineId, const double* value);
+    // Latest value only: a rewrite before the next flush replaces the pending value.
+    void SetLatestWrite(uint32_t defineId, const void* data, uint32_t size);
+    // Empties the queue, the latest values and the held values; the held set stays.
+    void clear();
+    void resetDroppedWrites() { droppedWrites_.store(0, std::memory_order_relaxed); }
+    // Records the queue had to forget since the last reset.
+    uint64_t droppedWrites() const { return droppedWrites_.load(std::memory_order_relaxed); }
+
+    // One writer pass at `now`: up to 10 queued records; every 10 ms up to 20 latest values;
+    // every 200 ms each held value. Sends only while the link is up.
+    void writerPass(TimePoint now);
+
+  private:
+    void send(uint32_t defineId, uint32_t arrayCount, uint32_t unitSize, const void* data) {
+        link_.send(link_.context, defineId, arrayCount, unitSize, data);
+    }
+
+    WriteLink link_;
+    std::mutex queueMutex_;
+    WriteQueue writeQueue_;
+    std::mutex latestMutex_;
+    LatestWrites latestWrites_;
+    std::mutex heldMutex_;
+    // Depends only on constant tables: built at construction, so no worker ever sees it change.
+    const std::unordered_set<uint32_t> heldDefinitions_;
+    std::unordered_map<uint32_t, PendingWrite> heldWrites_;
+    std::atomic<uint64_t> droppedWrites_{0};
+    // Writer thread only; the first pass after a clear starts both flush intervals.
+    bool flushClockSet_ = false;
+    TimePoint lastLatestFlush_{};
+    TimePoint lastHeldFlush_{};
 };
 
 }  // namespace fenixA320

@@ -1,0 +1,84 @@
+// One fake of the platform seam for every test: the simulator stand-in as the client library,
+// probes and the debugger output under the test's control, and a clock that either runs on
+// synthetic time (sleeps return at once) or is the steady clock.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/platform.h"
+
+namespace helmbridge::testing {
+
+struct FakeSystem {
+    static inline std::atomic<platform::ProbeResult> probe{platform::ProbeResult::kNotFound};
+    static inline std::atomic<bool> configFile{false};
+    static inline std::atomic<bool> libraryMissing{false};
+    // Synthetic: now() is `time` and sleeps return at once. Otherwise the steady clock.
+    static inline std::atomic<bool> synthetic{true};
+    static inline std::atomic<platform::TimePoint> time{platform::TimePoint{}};
+    static inline std::atomic<int> sleeps{0};  // sleeps asked for since the reset
+
+    static void reset(platform::ProbeResult found = platform::ProbeResult::kNotFound) {
+        probe = found;
+        configFile = false;
+        libraryMissing = false;
+        synthetic = true;
+        time = platform::TimePoint{} + std::chrono::seconds(1000);
+        sleeps = 0;
+        std::lock_guard lock(linesMutex);
+        lines.clear();
+    }
+    static std::vector<std::string> debugLines() {
+        std::lock_guard lock(linesMutex);
+        return lines;
+    }
+
+    static inline std::mutex linesMutex;
+    static inline std::vector<std::string> lines;
+};
+
+// The synthetic time `seconds` after the fake clock's start.
+inline platform::TimePoint at(double seconds) {
+    return platform::TimePoint{} + std::chrono::seconds(1000) +
+           std::chrono::duration_cast<platform::Nanos>(std::chrono::duration<double>(seconds));
+}
+
+inline const platform::Platform& fakePlatform() {
+    static const platform::Platform fake{
+        []() -> const platform::SimConnectApi* {
+            return FakeSystem::libraryMissing ? nullptr : platform::bindSimConnect();
+        },
+        [] { return FakeSystem::probe.load(); },
+        [] { return FakeSystem::configFile.load(); },
+        [](const char* text) {
+            std::lock_guard lock(FakeSystem::linesMutex);
+            FakeSystem::lines.emplace_back(text);
+        },
+        [] { return std::string("SimConnect.dll not loaded; tried: here (missing)"); },
+        [] { return FakeSystem::synthetic ? FakeSystem::time.load() : platform::steadyNow(); },
+        [](platform::TimePoint wakeAt) {
+            ++FakeSystem::sleeps;
+            if (!FakeSystem::synthetic) platform::steadySleepUntil(wakeAt);
+        },
+    };
+    return fake;
+}
+
+// Polls `condition` until it holds or `timeout` passes; true when it held.
+template <class Condition>
+bool eventually(Condition condition, std::chrono::milliseconds timeout = std::chrono::seconds(30)) {
+    const auto until = std::chrono::steady_clock::now() + timeout;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= until) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+}  // namespace helmbridge::testing
