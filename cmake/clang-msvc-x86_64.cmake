@@ -49,8 +49,7 @@ string(JOIN " " CMAKE_CXX_FLAGS_INIT
     "-isystem ${HELMBRIDGE_WINE_INCLUDE_DIR}/windows"
     "-include ucrt_gaps.h"
     -D_USE_STD_VECTOR_ALGORITHMS=0
-    -D_CRT_SECURE_NO_WARNINGS
-    -fbracket-depth=1024)
+    -D_CRT_SECURE_NO_WARNINGS)
 # The runtime libraries are named on each link (MsvcRuntime.cmake), never taken by default.
 set(CMAKE_CXX_STANDARD_LIBRARIES "" CACHE STRING "Set by MsvcRuntime.cmake per target")
 set(CMAKE_C_STANDARD_LIBRARIES "" CACHE STRING "Set by MsvcRuntime.cmake per target")

@@ -1,10 +1,12 @@
-// The seven signal lists as the host receives them, compared with tests/data/signals.tsv.
+// The seven signal lists as the host receives them, compared with tests/data/signals.tsv, and the
+// tables the catalogue derives from them, compared with tests/data/bindings.tsv.
 //
-// The file holds one line per entry: list, id, variable, label, separated by tabs, lists in the
-// order of the list functions and entries in ascending id. A blank at the start or end of a field
-// is written as '·' (U+00B7), so the padded names stay visible. After a deliberate change of a
-// list, run the test program with HELMBRIDGE_UPDATE_GOLDEN=1 to rewrite the file, then review the
-// diff before committing it.
+// signals.tsv holds one line per entry: list, id, variable, label, separated by tabs, lists in
+// the order of the list functions and entries in ascending id. A blank at the start or end of a
+// field is written as '·' (U+00B7), so the padded names stay visible. bindings.tsv holds one line
+// per row of the binding and key-group tables (table, slot, data-definition id, key, variable)
+// and one per id of the behaviour tables. After a deliberate change, run the test program with
+// HELMBRIDGE_UPDATE_GOLDEN=1 to rewrite the files, then review the diff before committing it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,14 +14,18 @@
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
+#include "catalogue/behaviour.h"
+#include "catalogue/bindings.h"
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
 namespace {
 
-const std::string kGoldenPath = std::string(HELMBRIDGE_SOURCE_DIR) + "/tests/data/signals.tsv";
+const std::string kDataDir = std::string(HELMBRIDGE_SOURCE_DIR) + "/tests/data/";
 const std::string kVisibleBlank = "\xC2\xB7";  // '·' in UTF-8
 
 const std::string kHeader =
@@ -44,7 +50,7 @@ std::string visible(const std::string& field) {
     return out;
 }
 
-std::vector<std::string> buildLines() {
+std::vector<std::string> signalLines() {
     struct Named {
         const char* name;
         const SigList& list;
@@ -60,6 +66,57 @@ std::vector<std::string> buildLines() {
             lines.push_back(std::string(l.name) + "\t" + std::to_string(id) + "\t" +
                             visible(entry.first) + "\t" + visible(entry.second));
         }
+    }
+    return lines;
+}
+
+std::string joined(std::initializer_list<std::string> fields) {
+    std::string line;
+    for (const std::string& field : fields) line += (line.empty() ? "" : "\t") + field;
+    return line;
+}
+
+std::vector<std::string> bindingLines() {
+    std::vector<std::string> lines{
+        "# table\tslot\tdefinition\tkey\tvariable; behaviour: table\tid[\trule\tdead band]; "
+        "rewrite with HELMBRIDGE_UPDATE_GOLDEN=1 (tests/catalogue/golden_test.cpp)"};
+    const std::pair<const char*, const std::vector<VarBinding>&> tables[] = {
+        {"digitIn", digitInBindings()},
+        {"switchVar", switchVarBindings()},
+        {"encoder", encoderBindings()},
+        {"analog", analogBindings()},
+    };
+    for (const auto& [name, rows] : tables) {
+        for (const VarBinding& r : rows) {
+            lines.push_back(joined({name, std::to_string(r.slot), std::to_string(r.defineId),
+                                    std::to_string(r.key), visible(std::string(r.variable))}));
+        }
+    }
+    const std::tuple<const char*, uint32_t, const std::vector<GroupKey>&> groups[] = {
+        {"cdu", DEF_CDU_KEYS, cduKeyGroup()}, {"fcu", DEF_FCU_KEYS, fcuKeyGroup()},
+        {"asp", DEF_ASP_KEYS, aspKeyGroup()}, {"rmp", DEF_RMP_KEYS, rmpKeyGroup()},
+        {"atc", DEF_ATC_KEYS, atcKeyGroup()},
+    };
+    for (const auto& [name, definition, rows] : groups) {
+        for (const GroupKey& r : rows) {
+            lines.push_back(joined({name, std::to_string(r.index), std::to_string(definition),
+                                    std::to_string(r.signalId), std::string(r.variable)}));
+        }
+    }
+    const std::pair<const char*, std::vector<int32_t>> idSets[] = {
+        {"heldDigitIn", {kHeldDigitInIds.begin(), kHeldDigitInIds.end()}},
+        {"heldSwitch", {kHeldSwitchNumbers.begin(), kHeldSwitchNumbers.end()}},
+        {"heldAnalog", {kHeldAnalogInIds.begin(), kHeldAnalogInIds.end()}},
+        {"replayExcluded", {kReplayExcludedIds.begin(), kReplayExcludedIds.end()}},
+    };
+    for (auto [name, ids] : idSets) {
+        std::sort(ids.begin(), ids.end());
+        for (int32_t id : ids) lines.push_back(joined({name, std::to_string(id)}));
+    }
+    for (std::size_t id = 0; id < kAnalogCount; ++id) {
+        lines.push_back(joined({"analogRule", std::to_string(id),
+                                std::to_string(static_cast<int>(kAnalogRuleOfId[id])),
+                                std::to_string(static_cast<int>(kDeadBandOfId[id]))}));
     }
     return lines;
 }
@@ -94,31 +151,35 @@ TEST(GoldenSignalLists, FieldsNeedNoEscaping) {
     }
 }
 
-TEST(GoldenSignalLists, MatchTheCheckedInFile) {
-    const std::vector<std::string> actual = buildLines();
-    if (updateRequested()) {
-        std::ofstream out(kGoldenPath, std::ios::binary | std::ios::trunc);
-        ASSERT_TRUE(out) << "cannot write " << kGoldenPath;
-        for (const std::string& line : actual) out << line << '\n';
-        out.close();
-        ASSERT_TRUE(out) << "cannot write " << kGoldenPath;
-        std::cout << "rewrote " << kGoldenPath << " (" << actual.size() << " lines)\n";
-        return;
+TEST(GoldenSignalLists, ListsAndTablesMatchTheCheckedInFiles) {
+    const std::pair<std::string, std::vector<std::string>> files[] = {
+        {kDataDir + "signals.tsv", signalLines()},
+        {kDataDir + "bindings.tsv", bindingLines()},
+    };
+    for (const auto& [path, actual] : files) {
+        if (updateRequested()) {
+            std::ofstream out(path, std::ios::binary | std::ios::trunc);
+            for (const std::string& line : actual) out << line << '\n';
+            out.close();
+            ASSERT_TRUE(out) << "cannot write " << path;
+            std::cout << "rewrote " << path << " (" << actual.size() << " lines)\n";
+            continue;
+        }
+        const std::vector<std::string> expected = readLines(path);
+        ASSERT_FALSE(expected.empty())
+            << "cannot read " << path << "; HELMBRIDGE_UPDATE_GOLDEN=1 writes it";
+        int mismatches = 0;
+        for (std::size_t i = 0; i < std::max(expected.size(), actual.size()) && mismatches < 20;
+             ++i) {
+            const bool both = i < expected.size() && i < actual.size();
+            if (both && expected[i] == actual[i]) continue;
+            ++mismatches;
+            ADD_FAILURE() << path << ":" << (i + 1)
+                          << "\n  expected: " << (i < expected.size() ? expected[i] : "(no line)")
+                          << "\n  actual:   " << (i < actual.size() ? actual[i] : "(no line)");
+        }
+        EXPECT_EQ(expected.size(), actual.size()) << path << ": line count";
     }
-
-    const std::vector<std::string> expected = readLines(kGoldenPath);
-    ASSERT_FALSE(expected.empty())
-        << "cannot read " << kGoldenPath << "; HELMBRIDGE_UPDATE_GOLDEN=1 writes it";
-    int mismatches = 0;
-    for (std::size_t i = 0; i < std::max(expected.size(), actual.size()) && mismatches < 20; ++i) {
-        const bool both = i < expected.size() && i < actual.size();
-        if (both && expected[i] == actual[i]) continue;
-        ++mismatches;
-        ADD_FAILURE() << kGoldenPath << ":" << (i + 1)
-                      << "\n  expected: " << (i < expected.size() ? expected[i] : "(no line)")
-                      << "\n  actual:   " << (i < actual.size() ? actual[i] : "(no line)");
-    }
-    EXPECT_EQ(expected.size(), actual.size()) << "line count";
 }
 
 }  // namespace

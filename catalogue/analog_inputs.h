@@ -1,13 +1,12 @@
 // Analog inputs: knobs, levers, axes.
-#include <array>
+#pragma once
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
-namespace {
 
 // clang-format off
-constexpr std::array kRows{
+inline constexpr SignalEntry kAnalogRows[] = {
     SignalEntry{0, "Fenix NONE", "NO SIGNAL"},
     SignalEntry{1, "A_ASP_ADF_1_VOLUME", "A_ASP_ADF_1_VOLUME.ASP ADF 1 volume"},
     SignalEntry{2, "A_ASP_ADF_2_VOLUME", "A_ASP_ADF_2_VOLUME.ASP ADF 2 volume"},
@@ -136,10 +135,19 @@ constexpr std::array kRows{
 };
 // clang-format on
 
-static_assert(kRows.size() == kAnalogCount);
+static_assert(std::size(kAnalogRows) == kAnalogCount && idsAreDense(kAnalogRows));
 
-}  // namespace
+// The name an analog input goes by: its variable, or for one written through the placeholder
+// the variable its label names (its whole label where it names none, as "FLAP").
+constexpr std::string_view analogNameOf(const SignalEntry& row) {
+    if (row.variable != kPlaceholderVariable) return row.variable;
+    return row.label.substr(0, row.label.find('.'));
+}
 
-std::span<const SignalEntry> analogEntries() { return kRows; }
+// The id of the analog input named `name`; no build for a name that no entry or several entries
+// go by.
+consteval int32_t analogIdOf(std::string_view name) {
+    return idOf(kAnalogRows, name, analogNameOf);
+}
 
 }  // namespace fenixA320

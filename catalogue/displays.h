@@ -1,13 +1,12 @@
 // Displays: the numeric values shown on the cockpit's displays.
-#include <array>
+#pragma once
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
-namespace {
 
 // clang-format off
-constexpr std::array kRows{
+inline constexpr SignalEntry kDisplayRows[] = {
     SignalEntry{0, "Fenix NONE", "NO SIGNAL"},
     SignalEntry{1, "N_AIR_ALT_CAPT", "N_AIR_ALT_CAPT.Altitude captain"},
     SignalEntry{2, "N_AIR_ALT_FO", "N_AIR_ALT_FO.Altitude F/O"},
@@ -154,10 +153,10 @@ constexpr std::array kRows{
 };
 // clang-format on
 
-static_assert(kRows.size() == kDisplayCount);
+static_assert(std::size(kDisplayRows) == kDisplayCount && idsAreDense(kDisplayRows));
 
-}  // namespace
-
-std::span<const SignalEntry> displayEntries() { return kRows; }
+// The id of the display whose variable is `variable`; no build for a name that no entry or
+// several entries carry.
+consteval int32_t displayIdOf(std::string_view variable) { return idOf(kDisplayRows, variable); }
 
 }  // namespace fenixA320

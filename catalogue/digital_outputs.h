@@ -1,15 +1,15 @@
 // Digital outputs: lamps and annunciators.
-#include <array>
+#pragma once
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
-namespace {
 
-// The synthesized outputs 496..501 are stated before the cockpit states 470..494; the map
-// orders them by id. Id 495 is deliberately unassigned.
+// Ids 470..501 follow the sorted body of indicators. 495 is deliberately unassigned; the
+// synthesized outputs 496..501 carry B_FCU_POWER only because every row needs a variable (the
+// output side computes their states).
 // clang-format off
-constexpr std::array kRows{
+inline constexpr SignalEntry kDigitOutRows[] = {
     SignalEntry{0, "NULL", ""},
     SignalEntry{1, "I_ASP_ADF_1_REC", "I_ASP_ADF_1_REC.ASP ADF 1"},
     SignalEntry{2, "I_ASP_ADF_2_REC", "I_ASP_ADF_2_REC.ASP ADF 2"},
@@ -480,12 +480,6 @@ constexpr std::array kRows{
     SignalEntry{467, "I_XPDR_ATC_1", "I_XPDR_ATC_1.XPDR ATC 1"},
     SignalEntry{468, "I_XPDR_ATC_2", "I_XPDR_ATC_2.XPDR ATC 2"},
     SignalEntry{469, "I_XPDR_FAIL", "I_XPDR_FAIL.XPDR fail"},
-    SignalEntry{496, "B_FCU_POWER", "synthesized: FCU powered -> 1 (overridden in updateDigitOut)"},
-    SignalEntry{497, "B_FCU_POWER", "synthesized: FCU powered -> 1 (overridden in updateDigitOut)"},
-    SignalEntry{498, "B_FCU_POWER", "synthesized: const 0 (overridden in updateDigitOut; A320 has no QFE mode)"},
-    SignalEntry{499, "B_FCU_POWER", "synthesized: const 0 (overridden in updateDigitOut; A320 has no QFE mode)"},
-    SignalEntry{500, "B_FCU_POWER", "synthesized: annTest -> 1 (overridden in updateDigitOut)"},
-    SignalEntry{501, "B_FCU_POWER", "synthesized: annTest -> 1 (overridden in updateDigitOut)"},
     SignalEntry{470, "S_DCDU1_LSK1L", ""},
     SignalEntry{471, "B_FC_ELEVATOR_TRIM_MOTOR_POWER", "Elevator trim motor power"},
     SignalEntry{472, "B_FC_RUDDER_TRIM", "Rudder trim display"},
@@ -511,13 +505,29 @@ constexpr std::array kRows{
     SignalEntry{492, "B_PED_RMP2_DATA_DISPLAYED_ACT", "RMP fo displays data act"},
     SignalEntry{493, "B_PED_RMP2_DATA_DISPLAYED_STDBY", "RMP fo displays data stdby"},
     SignalEntry{494, "S_OH_IN_LT_ANN_LT", "ANN LT"},
+    SignalEntry{496, "B_FCU_POWER", "synthesized: FCU powered -> 1 (overridden in updateDigitOut)"},
+    SignalEntry{497, "B_FCU_POWER", "synthesized: FCU powered -> 1 (overridden in updateDigitOut)"},
+    SignalEntry{498, "B_FCU_POWER", "synthesized: const 0 (overridden in updateDigitOut; A320 has no QFE mode)"},
+    SignalEntry{499, "B_FCU_POWER", "synthesized: const 0 (overridden in updateDigitOut; A320 has no QFE mode)"},
+    SignalEntry{500, "B_FCU_POWER", "synthesized: annTest -> 1 (overridden in updateDigitOut)"},
+    SignalEntry{501, "B_FCU_POWER", "synthesized: annTest -> 1 (overridden in updateDigitOut)"},
 };
 // clang-format on
 
-static_assert(kRows.size() == kDigitOutCount);
+static_assert(std::size(kDigitOutRows) == kDigitOutCount && idsAreDense(kDigitOutRows, 495));
 
-}  // namespace
+// The synthesized outputs read no variable of their own: the output side computes them.
+constexpr bool isSynthesized(const SignalEntry& row) {
+    return row.label.starts_with("synthesized: ");
+}
+constexpr std::string_view digitOutNameOf(const SignalEntry& row) {
+    return isSynthesized(row) ? std::string_view() : row.variable;
+}
 
-std::span<const SignalEntry> digitOutEntries() { return kRows; }
+// The id of the digital output that shows `variable`; no build for a name that no entry or
+// several entries carry.
+consteval int32_t digitOutIdOf(std::string_view variable) {
+    return idOf(kDigitOutRows, variable, digitOutNameOf);
+}
 
 }  // namespace fenixA320

@@ -6,15 +6,14 @@
 // contacts 963 and 964 are appended after the sorted body. Names and labels are exactly as the
 // aircraft and the host expect them, including the padded names of 955 and 956 and the double
 // blanks of the channel-selection labels.
-#include <array>
+#pragma once
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
-namespace {
 
 // clang-format off
-constexpr std::array kRows{
+inline constexpr SignalEntry kDigitInRows[] = {
     SignalEntry{0, "Fenix NONE", "NO SIGNAL"},
     SignalEntry{1, "S_ADF1_TFC", "S_ADF1_TFC.Radio TFR ADF1 [0:Normal, 1:Pushed]"},
     SignalEntry{2, "S_ADF2_TFC", "S_ADF2_TFC.Radio TFR ADF2 [0:Normal, 1:Pushed]"},
@@ -983,11 +982,16 @@ constexpr std::array kRows{
 };
 // clang-format on
 
-static_assert(kRows.size() == kDigitInCount);
-static_assert(kRows.size() == 965);
+static_assert(std::size(kDigitInRows) == kDigitInCount && idsAreDense(kDigitInRows));
 
-}  // namespace
+// The id of the digital input whose variable is `variable`; no build for a name that no entry or
+// several entries carry.
+consteval int32_t digitInIdOf(std::string_view variable) { return idOf(kDigitInRows, variable); }
 
-std::span<const SignalEntry> digitInEntries() { return kRows; }
+// The synthesized contacts carry the placeholder variable; their labels tell them apart.
+inline constexpr int32_t kLandingElevationAutoContact =
+    idOf(kDigitInRows, "LDG ELEV AUTO (synthesized, no direct Fenix LVar)", labelOf);
+inline constexpr int32_t kParkingBrakeOffContact =
+    idOf(kDigitInRows, "PARK BRK OFF microswitch (synthesized)", labelOf);
 
 }  // namespace fenixA320

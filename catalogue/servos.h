@@ -1,13 +1,12 @@
 // Servo channels: gauge needles and the pitch-trim wheel.
-#include <array>
+#pragma once
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
-namespace {
 
 // clang-format off
-constexpr std::array kRows{
+inline constexpr SignalEntry kServoRows[] = {
     SignalEntry{0, "NULL", ""},
     SignalEntry{1, "FENIX_A320_SERVO_ACCU_PRESS", "FENIX_A320_SERVO_ACCU_PRESS"},
     SignalEntry{2, "FENIX_A320_SERVO_BRAKE_L_PRESS", "FENIX_A320_SERVO_BRAKE_L_PRESS"},
@@ -16,10 +15,10 @@ constexpr std::array kRows{
 };
 // clang-format on
 
-static_assert(kRows.size() == kServoCount);
+static_assert(std::size(kServoRows) == kServoCount && idsAreDense(kServoRows));
 
-}  // namespace
-
-std::span<const SignalEntry> servoEntries() { return kRows; }
+// The id of the servo channel whose variable is `variable`; no build for a name that no entry or
+// several entries carry.
+consteval int32_t servoIdOf(std::string_view variable) { return idOf(kServoRows, variable); }
 
 }  // namespace fenixA320

@@ -1,13 +1,12 @@
 // Rotary encoders the host can report.
-#include <array>
+#pragma once
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
-namespace {
 
 // clang-format off
-constexpr std::array kRows{
+inline constexpr SignalEntry kEncoderRows[] = {
     SignalEntry{0, "Fenix NONE", "NO SIGNAL"},
     SignalEntry{1, "E_FCU_ALTITUDE", "FCU Altitude encoder"},
     SignalEntry{2, "E_FCU_EFIS1_BARO", "EFIS Capt baro"},
@@ -55,10 +54,10 @@ constexpr std::array kRows{
 };
 // clang-format on
 
-static_assert(kRows.size() == kEncoderCount);
+static_assert(std::size(kEncoderRows) == kEncoderCount && idsAreDense(kEncoderRows));
 
-}  // namespace
-
-std::span<const SignalEntry> encoderEntries() { return kRows; }
+// The id of the encoder whose variable is `variable`; no build for a name that no entry or
+// several entries carry.
+consteval int32_t encoderIdOf(std::string_view variable) { return idOf(kEncoderRows, variable); }
 
 }  // namespace fenixA320

@@ -1,13 +1,12 @@
 // PWM channels: backlight levels.
-#include <array>
+#pragma once
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
-namespace {
 
 // clang-format off
-constexpr std::array kRows{
+inline constexpr SignalEntry kPwmRows[] = {
     SignalEntry{0, "Fenix NONE", "NO SIGNAL"},
     SignalEntry{1, "FENIX INTEG LT OVHD", "[0~2500]"},
     SignalEntry{2, "FENIX INTEG LT GLARE", "[0~2500]"},
@@ -27,10 +26,10 @@ constexpr std::array kRows{
 };
 // clang-format on
 
-static_assert(kRows.size() == kPwmCount);
+static_assert(std::size(kPwmRows) == kPwmCount && idsAreDense(kPwmRows));
 
-}  // namespace
-
-std::span<const SignalEntry> pwmEntries() { return kRows; }
+// The id of the PWM channel whose variable is `variable`; no build for a name that no entry or
+// several entries carry.
+consteval int32_t pwmIdOf(std::string_view variable) { return idOf(kPwmRows, variable); }
 
 }  // namespace fenixA320
