@@ -62,7 +62,7 @@ class Connection {
     void reconnect();
     void stallCheck(TimePoint now);
     void keepAliveAnswered();
-    void requestBlocks(const helmbridge::platform::SimConnectApi& api, void* handle);
+    static void requestBlocks(const helmbridge::platform::SimConnectApi& api, void* handle);
     void onEvent(sc::DWORD eventId, sc::DWORD value, TimePoint now);
     void onSimObjectData(const sc::SIMCONNECT_RECV* message, sc::DWORD size, TimePoint now);
     void clockReset(TimePoint now);

@@ -265,7 +265,7 @@ class Bench {
         } else if (words.size() == 4 && words[1] == "display") {
             const int32_t id = signal(ListKind::kDisplay, words[2], error);
             if (id < 0) return false;
-            const std::string text = words[3];
+            const std::string& text = words[3];
             reached = [this, id, text] { return printed_.displays[id] == text; };
             what = "display " + words[2] + " " + quoted(text);
         } else {
@@ -347,9 +347,8 @@ int runBench(const BenchOptions& options, std::istream& in, std::ostream& out, s
     while (!quit && std::getline(in, line)) {
         if (!splitWords(line, words)) {
             error = "unclosed quote in: " + line;
-        } else if (words.empty() || (!words[0].empty() && words[0].front() == '#')) {
-            continue;
-        } else if (bench.execute(words, quit, error)) {
+        } else if (words.empty() || (!words[0].empty() && words[0].front() == '#') ||
+                   bench.execute(words, quit, error)) {
             continue;
         }
         err << "helmbridge-host: " << error << '\n' << std::flush;

@@ -136,7 +136,7 @@ void startModule(const Exports& e, double seconds, Report& report) {
         if (on) ++lampsOn;
         return true;
     });
-    e.setDisplayProc([&texts](unsigned, std::string text) {
+    e.setDisplayProc([&texts](unsigned, const std::string& text) {
         if (!text.empty()) ++texts;
         return true;
     });

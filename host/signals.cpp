@@ -93,7 +93,7 @@ void writeJson(std::ostream& out, const SignalLists& lists, const std::vector<Li
 }
 
 std::string markdownVariable(const std::string& name) {
-    const std::string visible = visibleBlanks(name);
+    std::string visible = visibleBlanks(name);
     if (visible.empty()) return visible;
     if (visible.find('`') != std::string::npos) return markdownCell(name);
     std::string cell = "`";
@@ -149,7 +149,7 @@ SignalRef findSignal(const SignalLists& lists, ListKind kind, const std::string&
     const char* end = token.data() + token.size();
     const auto [at, ec] = std::from_chars(token.data(), end, id);
     if (!token.empty() && ec == std::errc() && at == end) {
-        if (lists[kind].count(id) == 0) {
+        if (!lists[kind].contains(id)) {
             ref.error = std::string("unknown ") + kindWord(kind) + " id " + token;
             return ref;
         }

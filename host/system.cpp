@@ -203,7 +203,7 @@ std::filesystem::path libraryFileOf(const void* address) {
     return std::filesystem::absolute(info.dli_fname, ignored);
 }
 
-std::string fileVersion(const std::filesystem::path&) { return {}; }
+std::string fileVersion(const std::filesystem::path& /*file*/) { return {}; }
 
 bool hasVisualCppRuntime() { return false; }
 

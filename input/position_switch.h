@@ -24,7 +24,7 @@ class PositionSwitch {
     void bind(std::function<void(int, int)> callback) { onChange = std::move(callback); }
     void setRestPosition(int32_t position) { restPosition = position; }
 
-    bool hasContact(int32_t id) const { return positions.count(id) != 0; }
+    bool hasContact(int32_t id) const { return positions.contains(id); }
     int32_t position() const { return currentPosition; }
     int32_t key() const { return switchKey; }
 

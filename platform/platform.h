@@ -20,13 +20,13 @@ enum class ProbeResult {
 // the core its own table. All of them may be called from any thread.
 struct Platform {
     // See bindSimConnect(): null while the client library cannot be bound.
-    const SimConnectApi* (*bindSimConnect)();
+    const SimConnectApi* (*bindSimConnect)() = nullptr;
     // Walks the running processes for "FlightSimulator.exe" / "FlightSimulator2024.exe".
-    ProbeResult (*probeSimulatorProcess)();
+    ProbeResult (*probeSimulatorProcess)() = nullptr;
     // True when a file "SimConnect.cfg" exists in the process's current directory.
-    bool (*simConnectCfgPresent)();
+    bool (*simConnectCfgPresent)() = nullptr;
     // One line for a debugger (Windows) or standard error (elsewhere); text is NUL-terminated.
-    void (*debugOutput)(const char* text);
+    void (*debugOutput)(const char* text) = nullptr;
     // See simConnectSearchReport(): why the client library could not be bound. May be null.
     std::string (*simConnectSearchReport)() = nullptr;
     // The steady clock, and sleeping on it until a time point: the worker loops, the pause of

@@ -85,7 +85,7 @@ std::filesystem::path environmentPath(const char* name) {
 
 std::string displayPath(const std::filesystem::path& file) {
     const std::u8string text = file.u8string();
-    return std::string(text.begin(), text.end());
+    return {text.begin(), text.end()};
 }
 
 const char* outcome(BindStatus status) {

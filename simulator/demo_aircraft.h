@@ -20,16 +20,16 @@ namespace helmbridge::demo {
 // stand-in linked into the program (linkedStandin) or from one loaded at run time, so that a
 // program can use the stand-in without depending on it at load time.
 struct StandinApi {
-    void (*reset)(void) = nullptr;
+    void (*reset)() = nullptr;
     void (*runFrames)(uint32_t) = nullptr;
     void (*setFramesPerSecond)(uint32_t) = nullptr;
-    uint64_t (*frameCount)(void) = nullptr;
+    uint64_t (*frameCount)() = nullptr;
     void (*setLVar)(const char*, double) = nullptr;
     int (*getLVar)(const char*, double*) = nullptr;
-    uint64_t (*callCount)(void) = nullptr;
+    uint64_t (*callCount)() = nullptr;
     int (*call)(uint64_t, StandinCall*) = nullptr;
-    void (*clearCalls)(void) = nullptr;
-    uint32_t (*openConnectionCount)(void) = nullptr;
+    void (*clearCalls)() = nullptr;
+    uint32_t (*openConnectionCount)() = nullptr;
     void (*setTitle)(const char*) = nullptr;
 
     bool complete() const {

@@ -23,7 +23,7 @@
 // offending argument, the handle being argument 1. The call record names each such call.
 #pragma once
 
-#include <stdint.h>
+#include <cstdint>
 
 #if defined(_WIN32)
 #if defined(HELMBRIDGE_STANDIN_BUILDING)

@@ -2,6 +2,7 @@
 #include "simulator/world.h"
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
@@ -147,7 +148,7 @@ StandinCall newCall(StandinFunction function, sc::HANDLE handle) {
 }  // namespace
 
 World& World::instance() {
-    static World* world = new World();  // intentionally never destroyed, see the header
+    static auto* world = new World();  // intentionally never destroyed, see the header
     return *world;
 }
 
@@ -171,7 +172,7 @@ Connection* World::connectionForCall(sc::HANDLE handle) {
         return nullptr;
     }
     if (const auto it = connections_.find(key); it != connections_.end()) return &it->second;
-    if (issuedHandles_.count(key) != 0) {
+    if (issuedHandles_.contains(key)) {
         ++counters_.closedHandleCalls;
     } else {
         ++counters_.unknownHandleCalls;
@@ -250,7 +251,7 @@ sc::HRESULT World::open(sc::HANDLE* handleOut, const char* name, sc::HWND window
     opened.dwSimConnectVersionMajor = 11;
     queueLocked(connection, toMessage(opened));
 
-    *handleOut = reinterpret_cast<sc::HANDLE>(key);
+    *handleOut = std::bit_cast<sc::HANDLE>(key);  // a number the client never dereferences
     record.call.handle = *handleOut;
     ++counters_.opens;
     return finish(record, sc::kSOk);
@@ -297,7 +298,7 @@ sc::HRESULT World::callDispatch(sc::HANDLE handle, sc::DispatchProc dispatch, vo
     for (Message& message : batch) {
         {
             std::lock_guard lock(mutex_);
-            if (connections_.count(key) == 0) break;  // closed by the callback or another thread
+            if (!connections_.contains(key)) break;  // closed by the callback or another thread
             if (take<sc::DWORD>(message.data() + offsetof(sc::SIMCONNECT_RECV, dwID)) ==
                 sc::SIMCONNECT_RECV_ID_EXCEPTION) {
                 ++counters_.deliveredExceptions;
@@ -403,7 +404,7 @@ sc::HRESULT World::requestDataOnSimObject(sc::HANDLE handle, sc::DWORD requestId
         connection->requests.erase(requestId);
         return finish(record, sc::kSOk);
     }
-    if (connection->definitions.count(defineId) == 0) {
+    if (!connection->definitions.contains(defineId)) {
         return reject(*connection, record, sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 3);
     }
     // Only the user's aircraft exists, and tagged blocks are not produced.
@@ -821,7 +822,7 @@ Connection* World::connectionForQuery(void* handle) {
 void* World::currentHandle() {
     std::lock_guard lock(mutex_);
     const Connection* connection = connectionForQuery(nullptr);
-    return connection != nullptr ? reinterpret_cast<void*>(connection->handle) : nullptr;
+    return connection != nullptr ? std::bit_cast<void*>(connection->handle) : nullptr;
 }
 
 std::uint32_t World::openConnectionCount() {

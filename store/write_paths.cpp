@@ -2,6 +2,8 @@
 // writer pass that sends them.
 #include "store/write_paths.h"
 
+#include <algorithm>
+
 #include "catalogue/bindings.h"
 
 namespace fenixA320 {
@@ -15,10 +17,7 @@ constexpr Nanos kLatestFlushInterval = milliseconds(10);
 constexpr Nanos kHeldFlushInterval = milliseconds(200);
 
 bool contains(std::initializer_list<int32_t> ids, int32_t id) {
-    for (int32_t candidate : ids) {
-        if (candidate == id) return true;
-    }
-    return false;
+    return std::ranges::find(ids, id) != ids.end();
 }
 
 std::unordered_set<uint32_t> buildHeldDefinitions() {
@@ -57,7 +56,7 @@ void WritePaths::QueueWrite(uint32_t defineId, const double* value) {
         std::lock_guard lock(queueMutex_);
         if (!writeQueue_.push(record)) droppedWrites_.fetch_add(1, std::memory_order_relaxed);
     }
-    if (heldDefinitions_.count(defineId) != 0) {
+    if (heldDefinitions_.contains(defineId)) {
         std::lock_guard lock(heldMutex_);
         heldWrites_[defineId].assign(value, sizeof(double));
     }
@@ -69,7 +68,7 @@ void WritePaths::SetLatestWrite(uint32_t defineId, const void* data, uint32_t si
         std::lock_guard lock(latestMutex_);
         latestWrites_.set(defineId, data, size);
     }
-    if (heldDefinitions_.count(defineId) != 0) {
+    if (heldDefinitions_.contains(defineId)) {
         std::lock_guard lock(heldMutex_);
         heldWrites_[defineId].assign(data, size);
     }
