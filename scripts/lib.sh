@@ -20,6 +20,9 @@ ensure_packages() {
                 command -v clang-format >/dev/null || missing+=(clang-format)
                 [[ -f /usr/src/googletest/CMakeLists.txt ]] || missing+=(googletest)
                 ;;
+            tidy)
+                command -v clang-tidy >/dev/null || missing+=(clang-tidy)
+                ;;
             windows)
                 command -v x86_64-w64-mingw32-g++-posix >/dev/null || missing+=(g++-mingw-w64-x86-64-posix)
                 command -v x86_64-w64-mingw32-objdump >/dev/null || missing+=(binutils-mingw-w64-x86-64)

@@ -9,7 +9,7 @@ source scripts/lib.sh
 presets=(linux linux-asan linux-tsan clang-msvc mingw)
 if [[ $# -gt 0 ]]; then presets=("$@"); fi
 
-groups=(build windows)
+groups=(build tidy windows)
 if [[ " ${presets[*]} " == *" clang-msvc "* ]]; then
     if have_msvc_stl; then
         groups+=(msvc)
@@ -95,6 +95,23 @@ if git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror >bui
 else
     grep -E 'error:' build/format.log | cut -d: -f1 | sort -u | sed 's/^/needs clang-format: /'
     echo "FAILED: clang-format (clang-format -i FILE)"
+    status=1
+fi
+
+# clang-tidy (.clang-tidy says which checks) over the translation units of the module, the
+# stand-in and the host tool, with the linux preset's compile commands, two files at a time. Any
+# finding fails.
+step "clang-tidy"
+configure_preset linux
+tidy_started=$SECONDS
+grep -o '"file": "[^"]*"' build/linux/compile_commands.json | cut -d'"' -f4 \
+    | grep -E "^$(pwd -P)/(plugin|core|store|platform|simulator|host)/" \
+    | sort -u >build/tidy.files
+if xargs -P 2 -n 1 clang-tidy -p build/linux --quiet <build/tidy.files >build/tidy.log 2>&1; then
+    echo "clang-tidy: $(wc -l <build/tidy.files) files clean in $((SECONDS - tidy_started)) s"
+else
+    grep -E '(error|warning):' build/tidy.log | cut -c 1-300 | sort -u | head -n 60
+    echo "FAILED: clang-tidy (build/tidy.log)"
     status=1
 fi
 
