@@ -44,31 +44,25 @@ std::vector<int64_t> passStarts(Pacing pacing, uint16_t periodMs, const std::vec
     return starts;
 }
 
-TEST(Pacing, BoundedCatchUpKeepsTheGridWhileLessThanTwoPeriodsBehind) {
-    // A 15 ms overrun on a 10 ms period is caught up on the original grid.
-    EXPECT_EQ(passStarts(Pacing::BoundedCatchUp, 10, {1, 15, 1, 1}),
-              (std::vector<int64_t>{0, 10, 25, 30}));
-}
-
-TEST(Pacing, BoundedCatchUpRestartsTheScheduleAfterFallingTwoPeriodsBehind) {
-    // The second pass ends at 35 ms, 25 ms past its 10 ms deadline: the next pass starts at
-    // once and the grid restarts from 35.
-    EXPECT_EQ(passStarts(Pacing::BoundedCatchUp, 10, {1, 25, 1, 1}),
-              (std::vector<int64_t>{0, 10, 35, 45}));
-}
-
-TEST(Pacing, FixedRateRunsMissedPassesBackToBack) {
-    EXPECT_EQ(passStarts(Pacing::FixedRate, 50, {1, 160, 1, 1, 1, 1}),
-              (std::vector<int64_t>{0, 50, 210, 211, 212, 250}));
-}
-
-TEST(Pacing, TripleStepGivesThirtyMillisecondsFromTenMillisecondPeriod) {
-    EXPECT_EQ(passStarts(Pacing::FixedRateTripleStep, 10, {1, 1, 1, 1}),
-              (std::vector<int64_t>{0, 30, 60, 90}));
-}
-
-TEST(Pacing, FixedPauseSleepsAfterThePass) {
-    EXPECT_EQ(passStarts(Pacing::FixedPause, 50, {5, 20, 5}), (std::vector<int64_t>{0, 55, 125}));
+TEST(Pacing, EachKindSchedulesItsPassesOnTheLoopClock) {
+    const struct {
+        Pacing pacing;
+        uint16_t periodMs;
+        std::vector<int> workMs;
+        std::vector<int64_t> starts;
+    } cases[] = {
+        // A 15 ms overrun on a 10 ms period is caught up on the original grid...
+        {Pacing::BoundedCatchUp, 10, {1, 15, 1, 1}, {0, 10, 25, 30}},
+        // ...25 ms past the deadline the next pass starts at once and the grid restarts.
+        {Pacing::BoundedCatchUp, 10, {1, 25, 1, 1}, {0, 10, 35, 45}},
+        {Pacing::FixedRate, 50, {1, 160, 1, 1, 1, 1}, {0, 50, 210, 211, 212, 250}},
+        {Pacing::FixedRateTripleStep, 10, {1, 1, 1, 1}, {0, 30, 60, 90}},
+        {Pacing::FixedPause, 50, {5, 20, 5}, {0, 55, 125}},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(passStarts(c.pacing, c.periodMs, c.workMs), c.starts)
+            << static_cast<int>(c.pacing) << " " << c.periodMs;
+    }
 }
 
 TEST(Pacing, PureStepMatchesTheLoop) {

@@ -1,4 +1,4 @@
-// The three write paths and the writer pass that sends them.
+// The containers of the ordered and latest-value paths: overflow, dirty order and its growth.
 #include "store/write_paths.h"
 
 #include <gtest/gtest.h>
@@ -19,39 +19,10 @@ TEST(WriteQueue, FullQueueForgetsTheOldest) {
     EXPECT_EQ(queue.at(19999).defineId, 20000u);
 }
 
-TEST(WriteQueue, TakesFromTheFrontInOrder) {
-    WriteQueue queue;
-    for (uint32_t i = 0; i < 25; ++i) queue.push(record(i));
-    WriteRecord batch[10];
-    ASSERT_EQ(queue.take(batch, 10), 10u);
-    EXPECT_EQ(batch[0].defineId, 0u);
-    EXPECT_EQ(batch[9].defineId, 9u);
-    ASSERT_EQ(queue.take(batch, 10), 10u);
-    ASSERT_EQ(queue.take(batch, 10), 5u);
-    EXPECT_EQ(batch[4].defineId, 24u);
-    EXPECT_EQ(queue.take(batch, 10), 0u);
-}
-
 std::vector<uint32_t> flushIds(LatestWrites& latest, std::size_t max) {
     std::vector<uint32_t> ids;
     latest.flush(max, [&](uint32_t id, const PendingWrite&) { ids.push_back(id); });
     return ids;
-}
-
-TEST(LatestWrites, OnlyTheNewestBlockIsSent) {
-    LatestWrites latest;
-    const double first = 1.0, second = 2.0;
-    latest.set(7, &first, 8);
-    latest.set(7, &second, 8);
-    double sent = 0.0;
-    std::size_t calls = 0;
-    latest.flush(20, [&](uint32_t, const PendingWrite& entry) {
-        std::memcpy(&sent, entry.bytes.data(), 8);
-        ++calls;
-    });
-    EXPECT_EQ(calls, 1u);
-    EXPECT_EQ(sent, 2.0);
-    EXPECT_TRUE(flushIds(latest, 20).empty());  // clean until written again
 }
 
 TEST(LatestWrites, FlushesOldestDirtiedFirstWithoutStarvation) {
