@@ -102,16 +102,26 @@ TEST_F(InputDispatch, BoundInputsQueueEveryEventInOrderAndAudioKeysAlsoFillTheir
     digital(449, false);
     digital(449, true);
     digital(2, true);  // ADF transfer: ungated audio-panel key with a binding of its own
+    digital(digitInBindings().front().key, true);  // the first row of the table
     const Writes writes = drain();
     EXPECT_EQ(writes.queuedTo(kEngMaster1), (Values{1.0, 0.0, 1.0}));
     EXPECT_EQ(writes.queuedTo(2), Values{1.0});
+    EXPECT_EQ(writes.queuedTo(static_cast<uint32_t>(digitInBindings().front().defineId)),
+              Values{1.0});
     const Values& block = writes.latest.at(DEF_ASP_KEYS);
     ASSERT_EQ(block.size(), 178u);
+    EXPECT_EQ(block[0], 1.0);  // ADF1 transfer, the first row
     EXPECT_EQ(block[1], 1.0);
-    EXPECT_EQ(block[0], 0.0);
+    EXPECT_EQ(block[2], 0.0);
 }
 
 TEST_F(InputDispatch, InputsNoRouteTakesWriteNothing) {
+    InputSide unbuilt{helmbridge::testing::fakePlatform(), WriteTarget{this, &queue, &latest},
+                      received, [] { return true; }};
+    EXPECT_FALSE(unbuilt.SetDigitIn(605, true, t0));  // before BuildInputLogic: ignored
+    unbuilt.SetAnalog(1, 0.5);
+    unbuilt.SetEncoder(1, 1);
+    EXPECT_TRUE(drain().none());
     std::vector<int32_t> ids{0,   35,  91, 147, 203,       324,      382,
                              383, 963, -1, 965, INT32_MIN, INT32_MAX};
     for (const auto& [first, last] :
