@@ -17,6 +17,7 @@
 
 #include "host/module.h"
 #include "simulator/standin_control.h"
+#include "tests/support/eventually.h"
 
 namespace {
 
@@ -39,16 +40,6 @@ double medianMicroseconds(Body&& body) {
     }
     std::sort(times.begin(), times.end());
     return times[times.size() / 2];
-}
-
-template <typename Condition>
-bool waitFor(Condition condition) {
-    const auto until = Clock::now() + std::chrono::seconds(30);
-    while (!condition()) {
-        if (Clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
 }
 
 }  // namespace
@@ -103,7 +94,7 @@ int main() {
 
     standinStartFrameThread(30);
     e.start({});
-    const bool ready = waitFor([&] {
+    const bool ready = testing::eventually([&] {
         texts = 0;
         e.updateOutput();
         return e.getConnectStatus() && texts > 100;

@@ -20,11 +20,13 @@
 #include "catalogue/bindings.h"
 #include "core/core.h"
 #include "simulator/standin_control.h"
+#include "tests/support/eventually.h"
 
 namespace fenixA320 {
 namespace {
 
 namespace sc = helmbridge::simconnect;
+using helmbridge::testing::eventually;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
@@ -75,20 +77,11 @@ const platform::Platform kBenchPlatform{
 };
 
 // ---- Helpers ---------------------------------------------------------------------------------
-template <typename Condition>
-bool waitFor(Condition condition, Clock::duration timeout) {
-    const auto until = Clock::now() + timeout;
-    while (!condition()) {
-        if (Clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
-    }
-    return true;
-}
-
 bool connect(FenixA320Core& core) {
     core.Start();
-    return waitFor([&] { return core.GetConnectStatus() && standinDatumCount(nullptr, 3009) == 1; },
-                   std::chrono::seconds(10));
+    return eventually(
+        [&] { return core.GetConnectStatus() && standinDatumCount(nullptr, 3009) == 1; },
+        std::chrono::seconds(10));
 }
 
 double percentile(std::vector<double> values, double p) {
@@ -148,7 +141,7 @@ int latency(int events) {
         state = !state;
         core.SetDigitIn(row.key, state);
         const Clock::time_point returned = Clock::now();
-        const bool arrived = waitFor(
+        const bool arrived = eventually(
             [] {
                 std::lock_guard lock(arrivalsMutex);
                 return !arrivals.empty();
@@ -293,7 +286,7 @@ int encoderBurst(int detents) {
                                       std::chrono::microseconds(1000000LL * (i + 1) / detents));
     }
     const double sendSeconds = std::chrono::duration<double>(Clock::now() - start).count();
-    waitFor(
+    eventually(
         [&] {
             std::lock_guard lock(arrivalsMutex);
             return arrivals.size() >= static_cast<std::size_t>(detents);

@@ -8,9 +8,12 @@
 
 #include "platform/simconnect_abi.h"
 #include "platform/simconnect_binding.h"
+#include "tests/support/eventually.h"
 
 namespace helmbridge::demo {
 namespace {
+
+using testing::eventually;
 
 constexpr double kFrame = 1.0 / 30.0;
 
@@ -139,17 +142,6 @@ TEST_F(DemoAircraftTest, IntegralLightingFollowsAKnobSetWithoutPowerOncePowered)
     EXPECT_EQ(lvar("N_OH_LIGHTING_OVD"), 0.0);
     powerUp();
     EXPECT_NEAR(lvar("N_OH_LIGHTING_OVD"), 1.6, 1e-9);
-}
-
-// Waits for a condition of a real-time thread, with a generous limit.
-template <typename Condition>
-bool eventually(Condition condition) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
 }
 
 TEST(DemoSimulator, RunsFramesAndCountsOnlyAcceptedWrites) {

@@ -1,30 +1,44 @@
-// The built helmbridge-host as a user runs it: signal lists, errors and exit codes.
+// The built helmbridge-host as a user runs it: signal lists, errors and exit codes, the bench
+// printing what a piped script causes, the demo running to its summary, and the doctor.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "catalogue/signal_lists.h"
 #include "host/signals.h"
-#include "tests/host/tool_runner.h"
+#include "tests/support/module_loader.h"
+#include "tests/support/process.h"
 
 namespace helmbridge::host {
 namespace {
 
-using testing::contains;
+namespace fs = std::filesystem;
 using testing::lines;
-using testing::runTool;
-using testing::runToolIn;
-using testing::ToolRun;
+using testing::programDirectory;
+using ToolRun = testing::ProgramRun;
+
+// Runs the tool built here, or the copy in `directory` with that as the current directory.
+ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input = {},
+                const fs::path& directory = {}) {
+    const fs::path tool =
+        (directory.empty() ? programDirectory() : directory) / HELMBRIDGE_HOST_FILE;
+    return testing::runProgram(tool, arguments, input, directory);
+}
+
+bool contains(const std::vector<std::string>& haystack, const std::string& needle) {
+    return std::find(haystack.begin(), haystack.end(), needle) != haystack.end();
+}
 
 // The module's lists, loaded and listed by the tool, read back exactly; golden_test.cpp pins the
 // lists themselves.
 TEST(ToolSignals, CsvRoundTripsEveryListOfTheModule) {
-    const ToolRun run = runTool("signals --format csv");
+    const ToolRun run = runTool({"signals", "--format", "csv"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.out.rfind("list,id,variable,label\r\n", 0), 0u);
     std::vector<std::vector<std::string>> records;
@@ -51,29 +65,34 @@ TEST(ToolSignals, CsvRoundTripsEveryListOfTheModule) {
 }
 
 TEST(ToolCommandLine, HelpNamesTheCommandsAndBadArgumentsExitWithTwo) {
-    const ToolRun help = runTool("--help");
+    const ToolRun help = runTool({"--help"});
     EXPECT_EQ(help.exitCode, 0);
     for (const char* text : {"signals [--list LIST]", "demo [--seconds N] [--plain]", "run "}) {
         EXPECT_NE(help.out.find(text), std::string::npos) << text;
     }
-    for (const char* arguments :
-         {"signals --list lamps", "signals --format xml", "signals --list", "frobnicate", ""}) {
+    const std::vector<std::string> bad[] = {{"signals", "--list", "lamps"},
+                                            {"signals", "--format", "xml"},
+                                            {"signals", "--list"},
+                                            {"frobnicate"},
+                                            {}};
+    for (const auto& arguments : bad) {
         const ToolRun run = runTool(arguments);
-        EXPECT_EQ(run.exitCode, 2) << arguments;
-        EXPECT_EQ(lines(run.err).size(), 1u) << arguments << ": " << run.err;
-        EXPECT_TRUE(run.out.empty()) << arguments;
+        const std::string shown = arguments.empty() ? "" : arguments.back();
+        EXPECT_EQ(run.exitCode, 2) << shown;
+        EXPECT_EQ(lines(run.err).size(), 1u) << shown << ": " << run.err;
+        EXPECT_TRUE(run.out.empty()) << shown;
     }
 }
 
 TEST(ToolModule, MissingModuleOrExportIsOneLineWithExitCodeTwo) {
-    const ToolRun missing = runTool("--module no-such-module.bin signals");
+    const ToolRun missing = runTool({"--module", "no-such-module.bin", "signals"});
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_EQ(lines(missing.err),
               std::vector<std::string>{"helmbridge-host: module not found: no-such-module.bin"});
 
     // The stand-in is a loadable library without the module's exports.
-    const std::string standin = helmbridge::testing::programDirectory() + HELMBRIDGE_STANDIN_FILE;
-    const ToolRun wrong = runTool("--module \"" + standin + "\" signals --list servo");
+    const fs::path standin = programDirectory() / HELMBRIDGE_STANDIN_FILE;
+    const ToolRun wrong = runTool({"--module", standin.string(), "signals", "--list", "servo"});
     EXPECT_EQ(wrong.exitCode, 2);
     ASSERT_EQ(lines(wrong.err).size(), 1u) << wrong.err;
     EXPECT_NE(wrong.err.find("missing export Start"), std::string::npos) << wrong.err;
@@ -93,7 +112,7 @@ TEST(ToolBench, UnknownOrSharedNamesAndBadLinesEndAScriptWithExitCodeTwo) {
         {"press \"S_FCU_AP1\n", "helmbridge-host: unclosed quote in: press \"S_FCU_AP1"},
     };
     for (const auto& [script, error] : cases) {
-        const ToolRun run = runTool("run", script + "status\n");
+        const ToolRun run = runTool({"run"}, script + "status\n");
         EXPECT_EQ(run.exitCode, 2) << script;
         EXPECT_EQ(lines(run.err), std::vector<std::string>{error}) << script;
         EXPECT_FALSE(contains(lines(run.out), "status not connected")) << script;
@@ -103,7 +122,7 @@ TEST(ToolBench, UnknownOrSharedNamesAndBadLinesEndAScriptWithExitCodeTwo) {
 // A healthy set-up on the stand-in passes every check; each failure a cockpit builder can meet
 // is named by a FAIL line of its own, with exit code 1.
 TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
-    const ToolRun healthy = runTool("doctor --standin");
+    const ToolRun healthy = runTool({"doctor", "--standin"});
     EXPECT_EQ(healthy.exitCode, 0) << healthy.out;
     const std::vector<std::string> report = lines(healthy.out);
     EXPECT_EQ(report.size(), 8u) << healthy.out;
@@ -113,8 +132,7 @@ TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
                          "stand-in)\""))
         << healthy.out;
 
-    namespace fs = std::filesystem;
-    const fs::path built(helmbridge::testing::programDirectory());
+    const fs::path built = programDirectory();
     const fs::path library(HELMBRIDGE_STANDIN_FILE);
     using Copies = std::vector<std::pair<fs::path, fs::path>>;  // built file -> name in the test
     const Copies tool = {{HELMBRIDGE_HOST_FILE, HELMBRIDGE_HOST_FILE},
@@ -140,14 +158,13 @@ TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
          "FAIL aircraft: no Fenix A319, A320 or A321 reported within 2.0 s"},
     };
     for (const auto& c : cases) {
-        const fs::path dir = fs::temp_directory_path() /
-                             ("helmbridge-doctor-" + std::to_string(std::random_device{}()));
-        fs::create_directories(dir);
+        const testing::ScratchDirectory scratch;
+        const fs::path& dir = scratch.path();
         Copies copies = tool;
         copies.insert(copies.end(), c.extra.begin(), c.extra.end());
         for (const auto& [from, to] : copies) fs::copy_file(built / from, dir / to);
         if (c.cfg) std::ofstream(dir / "SimConnect.cfg") << "[SimConnect]\n";
-        const ToolRun run = runToolIn(dir, "doctor --seconds 2");
+        const ToolRun run = runTool({"doctor", "--seconds", "2"}, {}, dir);
         EXPECT_EQ(run.exitCode, 1) << c.setup << "\n" << run.out;
         std::vector<std::string> failed;
         for (const std::string& line : lines(run.out)) {
@@ -155,10 +172,69 @@ TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
         }
         ASSERT_EQ(failed.size(), 1u) << c.setup << "\n" << run.out;
         EXPECT_NE(failed[0].find(c.failure), std::string::npos) << c.setup << "\n" << run.out;
-        std::error_code ignored;
-        fs::remove_all(dir, ignored);
     }
 }
+
+TEST(ToolBench, PrintsTheChangesAPipedScriptCausesAndStatusListsThem) {
+    // Connected comes before the module has declared its variables to the simulator; the first
+    // lamp the aircraft lights shows that the module's data flows.
+    const ToolRun run = runTool({"run", "--standin"},
+                                "# a cold cockpit comes alive\n"
+                                "wait connected\n"
+                                "wait lamp I_OH_ELEC_BAT1_L on\n"
+                                "press S_OH_ELEC_BAT1\n"
+                                "wait 300\n"
+                                "release S_OH_ELEC_BAT1\n"
+                                "wait lamp I_OH_ELEC_BAT1_L off\n"
+                                "wait display N_FCU_SPEED \"250\"\n"
+                                "turn E_FCU_SPEED +5\n"
+                                "wait display N_FCU_SPEED \"255\"\n"
+                                "press S_FCU_AP1\n"
+                                "wait 300\n"
+                                "release S_FCU_AP1\n"
+                                "wait lamp 167 on\n"
+                                "status\n"
+                                "quit\n"
+                                "press S_FCU_AP2\n");  // after quit: never read
+    const std::vector<std::string> out = lines(run.out);
+    EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
+    EXPECT_TRUE(run.err.empty()) << run.err;
+    for (const char* line :
+         {"connected", "lamp 255 I_OH_ELEC_BAT1_L on", "lamp 255 I_OH_ELEC_BAT1_L off",
+          "display 54 N_FCU_SPEED \"250\"", "display 54 N_FCU_SPEED \"255\"",
+          "lamp 167 I_FCU_AP1 on", "status connected", "  lamp 167 I_FCU_AP1 on",
+          "  display 54 N_FCU_SPEED \"255\"",
+          // Powered in the same output cycle that showed the speed.
+          "  pwm 15 FENIX RMP ACP BK ENABLE 2500"}) {
+        EXPECT_TRUE(contains(out, line)) << line << "\nin:\n" << run.out;
+    }
+    EXPECT_FALSE(contains(out, "lamp 168 I_FCU_AP2 on")) << run.out;
+}
+
+// On Windows the test command runs the demo under Wine by itself.
+#if !defined(_WIN32)
+TEST(ToolDemo, RunsToItsSummaryWithExitCodeZero) {
+    const ToolRun run =
+        runTool({"demo", "--seconds", "4"});  // standard output is a file: plain lines
+    EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
+    EXPECT_EQ(run.out.find('\x1b'), std::string::npos);
+    const std::vector<std::string> out = lines(run.out);
+    ASSERT_FALSE(out.empty());
+    unsigned passed = 0, checks = 0;
+    unsigned long long events = 0, writes = 0, calls = 0;
+    ASSERT_EQ(std::sscanf(out.back().c_str(),
+                          "demo: %u of %u checks passed; %llu events sent, %llu writes received "
+                          "by the simulator, %llu output calls",
+                          &passed, &checks, &events, &writes, &calls),
+              5)
+        << out.back();
+    EXPECT_EQ(passed, checks);
+    EXPECT_GT(checks, 30u);
+    EXPECT_GT(events, 50u);
+    EXPECT_GE(writes, events / 2);  // latest-value writes may merge a few events, not most
+    EXPECT_GT(calls, 10000u);
+}
+#endif
 
 }  // namespace
 }  // namespace helmbridge::host

@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "simulator/standin_control.h"
-#include "tests/plugin/module_loader.h"
+#include "tests/support/module_loader.h"
 
 namespace platform = helmbridge::platform;
 namespace sc = helmbridge::simconnect;
@@ -42,12 +42,11 @@ TEST(SimConnectBinding, BindsTheStandInNextToTheModuleOnceAndReachesTheLoadedIns
 // not at all, and a failed bind leaves nothing of an earlier one.
 TEST(SimConnectBinding, FileInTheModuleDirectoryBindsAllTenFunctionsOrNone) {
     const std::filesystem::path directory = platform::moduleDirectory();
-    // This code is linked into the test program, so its file is the program's. programDirectory()
-    // ends in a separator; equivalent() is unreliable for directories on Windows.
-    const std::filesystem::path program(helmbridge::testing::programDirectory());
+    // This code is linked into the test program, so its file is the program's; equivalent() is
+    // unreliable for directories on Windows.
     ASSERT_FALSE(directory.empty());
     ASSERT_EQ(std::filesystem::weakly_canonical(directory),
-              std::filesystem::weakly_canonical(program.parent_path()));
+              std::filesystem::weakly_canonical(helmbridge::testing::programDirectory()));
     const struct {
         std::filesystem::path file;
         platform::BindStatus status;

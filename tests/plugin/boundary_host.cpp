@@ -8,7 +8,6 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -16,12 +15,14 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "host/module.h"
 #include "simulator/standin_control.h"
+#include "tests/support/eventually.h"
+#include "tests/support/module_loader.h"
+#include "tests/support/process.h"
 
 // The layouts every Visual C++ 2015-2022 program uses; a MinGW or libc++ host has others.
 static_assert(sizeof(std::string) == 32);
@@ -32,7 +33,7 @@ static_assert(sizeof(std::vector<std::string>) == 24);
 namespace {
 
 using namespace helmbridge;
-using Clock = std::chrono::steady_clock;
+using testing::eventually;
 
 int failures = 0;
 
@@ -40,16 +41,6 @@ void check(bool holds, const std::string& what) {
     std::printf("%s %s\n", holds ? "ok  " : "FAIL", what.c_str());
     std::fflush(stdout);
     if (!holds) ++failures;
-}
-
-template <typename Condition>
-bool waitFor(Condition condition) {
-    const auto until = Clock::now() + std::chrono::seconds(30);
-    while (!condition()) {
-        if (Clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
 }
 
 // A label long enough that every copy of it lives on the heap.
@@ -89,18 +80,12 @@ constexpr unsigned kSpeedDisplay = 54;  // N_FCU_SPEED
 }  // namespace
 
 int main() {
-    std::filesystem::path directory;
-    {
-        wchar_t path[MAX_PATH] = {};
-        GetModuleFileNameW(nullptr, path, MAX_PATH);
-        directory = std::filesystem::path(path).parent_path();
-    }
     // SimConnect.cfg in the current directory lets the module connect without a simulator
     // process; the stand-in beside the module plays the simulator.
-    const std::filesystem::path work = directory / "boundary_host.work";
-    std::filesystem::create_directories(work);
-    std::ofstream(work / "SimConnect.cfg") << "[SimConnect]\n";
-    std::filesystem::current_path(work);
+    const testing::ScratchDirectory work;
+    std::ofstream(work.path() / "SimConnect.cfg") << "[SimConnect]\n";
+    const std::filesystem::path previous = std::filesystem::current_path();
+    std::filesystem::current_path(work.path());
     standinReset();
     standinSetLVar("B_FCU_POWER", 1.0);
     standinSetLVar("N_FCU_SPEED", 250.0);
@@ -114,7 +99,7 @@ int main() {
 
     auto module = std::make_unique<host::Module>();
     std::string error;
-    const bool loaded = module->load(directory / "HelmBridgeA320.dll", error);
+    const bool loaded = module->load(host::Module::defaultPath(), error);
     check(loaded, "LoadLibrary HelmBridgeA320.dll and its nineteen exports " + error);
     if (!loaded) return 1;
     const host::Exports& e = module->exports();
@@ -161,16 +146,16 @@ int main() {
 
     std::vector<std::string> arguments(8, kLongText);
     check(e.start(std::move(arguments)), "Start with heap strings");
-    check(waitFor([&] { return e.getConnectStatus(); }), "connects to the stand-in");
+    check(eventually([&] { return e.getConnectStatus(); }), "connects to the stand-in");
 
-    const bool speedShown = waitFor([&] {
+    const bool speedShown = eventually([&] {
         e.updateOutput();
         const auto text = seen.texts.find(kSpeedDisplay);
         return text != seen.texts.end() && text->second == "250" && seen.apLampOn.load();
     });
     check(speedShown, "UpdateOutput shows speed \"250\" and the AP1 lamp on");
     check(seen.lamps > 0 && seen.pwm > 0, "UpdateOutput calls the lamp and PWM callbacks");
-    check(waitFor([&] { return seen.servos > 0; }), "servo positions arrive from the module");
+    check(eventually([&] { return seen.servos > 0; }), "servo positions arrive from the module");
 
     // Replaced while running: the module destroys the callables it held and keeps the new ones.
     check(e.setDisplayProc([big = BigCapture{&seen, {}}](unsigned id, std::string text) {
@@ -185,7 +170,7 @@ int main() {
     }),
           "SetDigitOutProc replaced while running");
     standinSetLVar("N_FCU_SPEED", 251.0);
-    check(waitFor([&] {
+    check(eventually([&] {
               e.updateOutput();
               return seen.texts[kSpeedDisplay] == "replaced 251";
           }),
@@ -199,7 +184,7 @@ int main() {
     standinStopFrameThread();
 
     module.reset();  // FreeLibrary
-    check(GetModuleHandleW(L"HelmBridgeA320.dll") == nullptr, "FreeLibrary unloads the module");
+    check(!testing::moduleMapped(), "FreeLibrary unloads the module");
 
     // The host now destroys the maps whose nodes the module allocated, the texts it sent and
     // its own callables; the heap must still be whole.
@@ -207,9 +192,7 @@ int main() {
     seen.texts.clear();
     texts.clear();
     check(HeapValidate(GetProcessHeap(), 0, nullptr) != 0, "the process heap is intact");
-    std::error_code ignored;
-    std::filesystem::current_path(directory, ignored);
-    std::filesystem::remove_all(work, ignored);
+    std::filesystem::current_path(previous);
     std::printf("boundary host: %d failed checks\n", failures);
     return failures == 0 ? 0 : 1;
 }

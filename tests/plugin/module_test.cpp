@@ -3,71 +3,43 @@
 
 #include "catalogue/signal_lists.h"
 #include "plugin/helmbridge_a320.h"
-#include "tests/plugin/module_loader.h"
+#include "tests/support/module_loader.h"
 
 namespace {
 
 using helmbridge::SigList;
 using helmbridge::testing::LoadedModule;
 
-std::string modulePath() {
-    return helmbridge::testing::programDirectory() + HELMBRIDGE_MODULE_FILE;
-}
-
 class ModuleTest : public ::testing::Test {
   protected:
-    LoadedModule module{modulePath()};
+    void SetUp() override { ASSERT_TRUE(module.load()) << module.error(); }
+
+    LoadedModule module;
 };
 
-TEST_F(ModuleTest, ResolvesAllNineteenExportsByName) {
-    ASSERT_TRUE(module.loaded()) << modulePath();
-    for (const char* name : helmbridge::kExportNames) {
-        EXPECT_NE(module.symbol<void*>(name), nullptr) << name;
-    }
-    EXPECT_EQ(std::size(helmbridge::kExportNames), 19u);
-    EXPECT_EQ(module.symbol<void*>("FenixA320Core"), nullptr);
-}
-
 TEST_F(ModuleTest, ListGettersReplaceTheHostsEntries) {
-    ASSERT_TRUE(module.loaded());
-    const std::pair<const char*, const fenixA320::SigList*> lists[] = {
-        {"GetDigitInSigList", &fenixA320::digitInSigList()},
-        {"GetEncoderSigList", &fenixA320::encoderSigList()},
-        {"GetAnalogSigList", &fenixA320::analogSigList()},
-        {"GetDigitOutSigList", &fenixA320::digitOutSigList()},
-        {"GetDisplaySigList", &fenixA320::displaySigList()},
-        {"GetServoSigList", &fenixA320::servoSigList()},
-        {"GetPwmSigList", &fenixA320::pwmSigList()},
+    const fenixA320::SigList* expected[] = {
+        &fenixA320::digitInSigList(),  &fenixA320::encoderSigList(), &fenixA320::analogSigList(),
+        &fenixA320::digitOutSigList(), &fenixA320::displaySigList(), &fenixA320::servoSigList(),
+        &fenixA320::pwmSigList(),
     };
-    for (const auto& [name, expected] : lists) {
-        auto get = module.symbol<helmbridge::GetSigListFn>(name);
-        ASSERT_NE(get, nullptr) << name;
+    for (std::size_t i = 0; i < std::size(expected); ++i) {
         SigList host{{-5, {"stale", "entry"}}, {100000, {"another", "one"}}};
-        EXPECT_TRUE(get(host)) << name;
-        EXPECT_EQ(host, *expected) << name;
+        EXPECT_TRUE(module->getList[i](host)) << i;
+        EXPECT_EQ(host, *expected[i]) << i;
     }
 }
 
 TEST_F(ModuleTest, StartAndStopThroughTheExports) {
-    ASSERT_TRUE(module.loaded());
-    auto start = module.symbol<helmbridge::StartFn>("Start");
-    auto stop = module.symbol<helmbridge::VoidFn>("Stop");
-    auto status = module.symbol<helmbridge::VoidFn>("GetConnectStatus");
-    auto update = module.symbol<helmbridge::VoidFn>("UpdateOutput");
-    auto digitIn = module.symbol<helmbridge::SetDigitInFn>("SetDigitIn");
-    auto encoder = module.symbol<helmbridge::SetEncoderFn>("SetEncoder");
-    auto analog = module.symbol<helmbridge::SetAnalogFn>("SetAnalog");
-    ASSERT_TRUE(start && stop && status && update && digitIn && encoder && analog);
-
-    EXPECT_FALSE(status());
-    EXPECT_TRUE(stop());  // stop before any start is harmless
-    EXPECT_TRUE(start({"ignored", "arguments"}));
-    EXPECT_FALSE(update());  // nothing connected yet
-    EXPECT_FALSE(digitIn(1, true));
-    EXPECT_FALSE(encoder(1, 1));
-    EXPECT_FALSE(analog(89, 7.0));
-    EXPECT_TRUE(stop());
-    EXPECT_FALSE(status());
+    EXPECT_FALSE(module->getConnectStatus());
+    EXPECT_TRUE(module->stop());  // stop before any start is harmless
+    EXPECT_TRUE(module->start({"ignored", "arguments"}));
+    EXPECT_FALSE(module->updateOutput());  // nothing connected yet
+    EXPECT_FALSE(module->setDigitIn(1, true));
+    EXPECT_FALSE(module->setEncoder(1, 1));
+    EXPECT_FALSE(module->setAnalog(89, 7.0));
+    EXPECT_TRUE(module->stop());
+    EXPECT_FALSE(module->getConnectStatus());
 }
 
 }  // namespace

@@ -11,9 +11,6 @@
 // module binds the library once per process, so this is the one time it can be missing. The
 // program then loads the same stand-in file for its own control calls, and injects faults until
 // the time is up. It prints what it checked and exits non-zero when any check failed.
-#include <dlfcn.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -33,12 +30,19 @@
 #include <thread>
 #include <vector>
 
+#include "host/system.h"
 #include "plugin/helmbridge_a320.h"
 #include "simulator/standin_control.h"
+#include "tests/support/eventually.h"
+#include "tests/support/module_loader.h"
+#include "tests/support/process.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using helmbridge::testing::eventually;
+using helmbridge::testing::LoadedModule;
+using helmbridge::testing::processUsage;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
@@ -73,45 +77,43 @@ constexpr int32_t kMinDispatchesToQualify = 100;  // about 1.5 s of a connection
 
 // ---- The stand-in's control functions, resolved from the file the module bound -------------
 struct Standin {
-    void* library = nullptr;
-    int (*startFrameThread)(uint32_t) = nullptr;
-    void (*stopFrameThread)() = nullptr;
-    void (*setOpenResult)(int32_t) = nullptr;
-    void (*setKeepAliveAnswers)(int) = nullptr;
-    void (*setCloseDelay)(uint32_t) = nullptr;
-    void (*quit)() = nullptr;
-    void (*loseConnections)() = nullptr;
-    void* (*currentHandle)() = nullptr;
-    uint32_t (*openConnectionCount)() = nullptr;
-    void (*setPaused)(int) = nullptr;
-    void (*setSimRunning)(int) = nullptr;
-    void (*crash)() = nullptr;
-    void (*loadFlight)(const char*) = nullptr;
-    void (*setClockStalled)(int) = nullptr;
-    int (*request)(void*, uint32_t, StandinRequest*) = nullptr;
-    int32_t (*datumCount)(void*, uint32_t) = nullptr;
-    uint64_t (*callCount)() = nullptr;
-    int (*call)(uint64_t, StandinCall*) = nullptr;
-    uint32_t (*callData)(uint64_t, void*, uint32_t) = nullptr;
-    void (*clearCalls)() = nullptr;
-    void (*counters)(StandinCounters*) = nullptr;
+    helmbridge::host::Library library;
+    decltype(&standinStartFrameThread) startFrameThread = nullptr;
+    decltype(&standinStopFrameThread) stopFrameThread = nullptr;
+    decltype(&standinSetOpenResult) setOpenResult = nullptr;
+    decltype(&standinSetKeepAliveAnswers) setKeepAliveAnswers = nullptr;
+    decltype(&standinSetCloseDelay) setCloseDelay = nullptr;
+    decltype(&standinQuit) quit = nullptr;
+    decltype(&standinLoseConnections) loseConnections = nullptr;
+    decltype(&standinOpenConnectionCount) openConnectionCount = nullptr;
+    decltype(&standinSetPaused) setPaused = nullptr;
+    decltype(&standinSetSimRunning) setSimRunning = nullptr;
+    decltype(&standinCrash) crash = nullptr;
+    decltype(&standinLoadFlight) loadFlight = nullptr;
+    decltype(&standinSetClockStalled) setClockStalled = nullptr;
+    decltype(&standinRequest) request = nullptr;
+    decltype(&standinDatumCount) datumCount = nullptr;
+    decltype(&standinCallCount) callCount = nullptr;
+    decltype(&standinCall) call = nullptr;
+    decltype(&standinCallData) callData = nullptr;
+    decltype(&standinClearCalls) clearCalls = nullptr;
+    decltype(&standinCounters) counters = nullptr;
 
     template <typename Fn>
     bool resolve(Fn& out, const char* name) {
-        out = reinterpret_cast<Fn>(dlsym(library, name));
+        out = reinterpret_cast<Fn>(library.symbol(name));
         if (out == nullptr) std::fprintf(stderr, "stand-in lacks %s\n", name);
         return out != nullptr;
     }
     bool load(const fs::path& file) {
-        library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) return false;
+        std::string error;
+        if (!library.open(file, error)) return false;
         return resolve(startFrameThread, "standinStartFrameThread") &&
                resolve(stopFrameThread, "standinStopFrameThread") &&
                resolve(setOpenResult, "standinSetOpenResult") &&
                resolve(setKeepAliveAnswers, "standinSetKeepAliveAnswers") &&
                resolve(setCloseDelay, "standinSetCloseDelay") && resolve(quit, "standinQuit") &&
                resolve(loseConnections, "standinLoseConnections") &&
-               resolve(currentHandle, "standinCurrentHandle") &&
                resolve(openConnectionCount, "standinOpenConnectionCount") &&
                resolve(setPaused, "standinSetPaused") &&
                resolve(setSimRunning, "standinSetSimRunning") && resolve(crash, "standinCrash") &&
@@ -129,50 +131,8 @@ struct Standin {
     }
 };
 
-// ---- The module's exports --------------------------------------------------------------------
-struct Module {
-    void* library = nullptr;
-    helmbridge::StartFn start = nullptr;
-    helmbridge::VoidFn stop = nullptr;
-    helmbridge::VoidFn updateOutput = nullptr;
-    helmbridge::VoidFn connectStatus = nullptr;
-    helmbridge::SetDigitInFn setDigitIn = nullptr;
-    helmbridge::SetEncoderFn setEncoder = nullptr;
-    helmbridge::SetAnalogFn setAnalog = nullptr;
-    helmbridge::SetDigitOutProcFn setDigitOutProc = nullptr;
-    helmbridge::SetDisplayProcFn setDisplayProc = nullptr;
-    helmbridge::SetServoProcFn setServoProc = nullptr;
-    helmbridge::SetServoProcFn setServoSpeedProc = nullptr;
-    helmbridge::SetPwmProcFn setPwmProc = nullptr;
-    helmbridge::GetSigListFn digitInList = nullptr;
-    helmbridge::GetSigListFn encoderList = nullptr;
-    helmbridge::GetSigListFn analogList = nullptr;
-
-    template <typename Fn>
-    bool resolve(Fn& out, const char* name) {
-        out = reinterpret_cast<Fn>(dlsym(library, name));
-        return out != nullptr;
-    }
-    bool load(const fs::path& file) {
-        library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) {
-            std::fprintf(stderr, "cannot load %s: %s\n", file.c_str(), dlerror());
-            return false;
-        }
-        return resolve(start, "Start") && resolve(stop, "Stop") &&
-               resolve(updateOutput, "UpdateOutput") &&
-               resolve(connectStatus, "GetConnectStatus") && resolve(setDigitIn, "SetDigitIn") &&
-               resolve(setEncoder, "SetEncoder") && resolve(setAnalog, "SetAnalog") &&
-               resolve(setDigitOutProc, "SetDigitOutProc") &&
-               resolve(setDisplayProc, "SetDisplayProc") && resolve(setServoProc, "SetServoProc") &&
-               resolve(setServoSpeedProc, "SetServoSpeedProc") &&
-               resolve(setPwmProc, "SetPwmProc") && resolve(digitInList, "GetDigitInSigList") &&
-               resolve(encoderList, "GetEncoderSigList") && resolve(analogList, "GetAnalogSigList");
-    }
-};
-
 Standin standin;
-Module module;
+LoadedModule module;
 std::atomic<bool> stopping{false};
 std::atomic<bool> finished{false};
 std::atomic<int> failures{0};
@@ -204,16 +164,6 @@ void note(const char* format, ...) {
     va_end(args);
     std::printf("\n");
     std::fflush(stdout);
-}
-
-// Resident memory of this process in KiB, from /proc.
-long residentKiB() {
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    while (std::getline(status, line)) {
-        if (line.rfind("VmRSS:", 0) == 0) return std::strtol(line.c_str() + 6, nullptr, 10);
-    }
-    return -1;
 }
 
 // ---- Hang detection: every thread beats; a beat older than the limit aborts the run ----------
@@ -265,17 +215,17 @@ void hostInputA(uint32_t seed, std::vector<int32_t> digitIds, std::vector<int32_
     while (!stopping.load()) {
         beats[0].beat();
         const int what = static_cast<int>(random() % 10);
-        if (Clock::now() >= nextBrake && module.connectStatus()) {
-            module.setDigitIn(kParkingBrake, brake != 0);
+        if (Clock::now() >= nextBrake && module->getConnectStatus()) {
+            module->setDigitIn(kParkingBrake, brake != 0);
             brake = 1 - brake;
             nextBrake = Clock::now() + seconds(2);
         } else if (what < 4) {
-            module.setEncoder(kProbeEncoderA, 1);
+            module->setEncoder(kProbeEncoderA, 1);
         } else if (what < 6 && !encoders.empty()) {
-            module.setEncoder(encoders[random() % encoders.size()], (random() & 1) ? 1 : -1);
+            module->setEncoder(encoders[random() % encoders.size()], (random() & 1) ? 1 : -1);
         } else {
             const int32_t id = digitIds[random() % digitIds.size()];
-            if (id != kParkingBrake) module.setDigitIn(id, (random() & 1) != 0);
+            if (id != kParkingBrake) module->setDigitIn(id, (random() & 1) != 0);
         }
         hostCalls.fetch_add(1, std::memory_order_relaxed);
         std::this_thread::sleep_for(std::chrono::microseconds(500 + random() % 3000));
@@ -295,12 +245,12 @@ void hostInputB(uint32_t seed, std::vector<int32_t> analogIds, std::vector<int32
         beats[1].beat();
         const int what = static_cast<int>(random() % 10);
         if (what < 4) {
-            module.setEncoder(kProbeEncoderB, 1);
+            module->setEncoder(kProbeEncoderB, 1);
         } else if (what < 5 && !encoders.empty()) {
-            module.setEncoder(encoders[random() % encoders.size()], (random() & 1) ? 1 : -1);
+            module->setEncoder(encoders[random() % encoders.size()], (random() & 1) ? 1 : -1);
         } else {
             const int32_t id = analogIds[random() % analogIds.size()];
-            module.setAnalog(id, (random() % 4) != 0 ? unit(random) : wide(random));
+            module->setAnalog(id, (random() % 4) != 0 ? unit(random) : wide(random));
         }
         hostCalls.fetch_add(1, std::memory_order_relaxed);
         std::this_thread::sleep_for(std::chrono::microseconds(500 + random() % 3000));
@@ -316,7 +266,7 @@ void outputCycle() {
     while (!stopping.load()) {
         beats[2].beat();
         const auto before = Clock::now();
-        if (module.updateOutput()) outputCycles.fetch_add(1, std::memory_order_relaxed);
+        if (module->updateOutput()) outputCycles.fetch_add(1, std::memory_order_relaxed);
         const auto took =
             std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - before).count();
         if (took > slowestCycleUs.load()) slowestCycleUs.store(took);
@@ -472,12 +422,13 @@ uint64_t opens() { return standin.snapshot().opens; }
 template <typename Condition>
 double waitUntil(Condition condition, Clock::duration bound) {
     const auto start = Clock::now();
-    while (!condition()) {
-        beats[3].beat();
-        if (Clock::now() - start > bound) return -1.0;
-        std::this_thread::sleep_for(milliseconds(10));
-    }
-    return secondsSince(start);
+    const bool held = eventually(
+        [&] {
+            beats[3].beat();
+            return condition();
+        },
+        bound);
+    return held ? secondsSince(start) : -1.0;
 }
 
 void pauseFor(Clock::duration span) {
@@ -506,7 +457,7 @@ bool expectReconnect(FaultResult& result, uint64_t opensBefore, Clock::duration 
 // No reconnect may happen for the span.
 void expectCalm(FaultResult& result, uint64_t opensBefore, Clock::duration span) {
     pauseFor(span);
-    const bool calm = opens() == opensBefore && module.connectStatus();
+    const bool calm = opens() == opensBefore && module->getConnectStatus();
     if (!calm) ++result.failed;
     check(calm, "%s: the connection was rebuilt or lost", result.name);
 }
@@ -598,13 +549,6 @@ void injectFault(FaultKind kind) {
     }
 }
 
-// ---- Setup: the module in a scratch directory, first without the client library -----------
-fs::path programDirectory() {
-    char path[4096] = {};
-    const ssize_t n = readlink("/proc/self/exe", path, sizeof(path) - 1);
-    return fs::path(std::string(path, n > 0 ? static_cast<std::size_t>(n) : 0)).parent_path();
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -631,56 +575,59 @@ int main(int argc, char** argv) {
                                        std::chrono::duration<double>(minutes * 60.0));
     std::printf("soak: %.1f minutes, seed %u\n", minutes, seed);
 
-    const fs::path bin = programDirectory();
-    char scratchTemplate[] = "/tmp/helmbridge_soak_XXXXXX";
-    if (mkdtemp(scratchTemplate) == nullptr) return 2;
-    const fs::path scratch(scratchTemplate);
+    const fs::path bin = helmbridge::testing::programDirectory();
+    const helmbridge::testing::ScratchDirectory scratchDirectory;
+    const fs::path& scratch = scratchDirectory.path();
     fs::copy_file(bin / "libHelmBridgeA320.so", scratch / "libHelmBridgeA320.so");
     fs::current_path(scratch);
     std::ofstream("SimConnect.cfg") << "[SimConnect]\n";
 
     std::thread hangWatch(watchdog);
-    if (!module.load(scratch / "libHelmBridgeA320.so")) return 2;
+    if (!module.load(scratch / "libHelmBridgeA320.so")) {
+        std::fprintf(stderr, "soak: %s\n", module.error().c_str());
+        return 2;
+    }
     std::atomic<uint64_t>* callbacks = &callbackCalls;
-    module.setDigitOutProc([callbacks](unsigned int, bool) {
+    module->setDigitOutProc([callbacks](unsigned int, bool) {
         callbacks->fetch_add(1, std::memory_order_relaxed);
         return true;
     });
-    module.setDisplayProc([callbacks](unsigned int, std::string) {
+    module->setDisplayProc([callbacks](unsigned int, std::string) {
         callbacks->fetch_add(1, std::memory_order_relaxed);
         return true;
     });
-    module.setServoProc([callbacks](unsigned int, double) {
+    module->setServoProc([callbacks](unsigned int, double) {
         callbacks->fetch_add(1, std::memory_order_relaxed);
         return true;
     });
-    module.setServoSpeedProc([callbacks](unsigned int, double) {
+    module->setServoSpeedProc([callbacks](unsigned int, double) {
         callbacks->fetch_add(1, std::memory_order_relaxed);
         return true;
     });
-    module.setPwmProc([callbacks](unsigned int, double) {
+    module->setPwmProc([callbacks](unsigned int, double) {
         callbacks->fetch_add(1, std::memory_order_relaxed);
         return true;
     });
 
     // Phase 1: the client library is missing; the module searches but cannot connect.
-    module.start({});
+    module->start({});
     note("started without the client library");
     bool everConnected = false;
     const auto missingUntil = Clock::now() + seconds(7);
     while (Clock::now() < missingUntil) {
-        everConnected = everConnected || module.connectStatus();
+        everConnected = everConnected || module->getConnectStatus();
         std::this_thread::sleep_for(milliseconds(20));
     }
     check(!everConnected, "connected while the client library was missing");
     fs::copy_file(bin / "libSimConnect.so", scratch / "libSimConnect.so");
     const auto libraryBack = Clock::now();
     const double bound = std::chrono::duration<double>(kSearchBound).count();
-    while (!module.connectStatus() && Clock::now() - libraryBack < kSearchBound) {
+    while (!module->getConnectStatus() && Clock::now() - libraryBack < kSearchBound) {
         std::this_thread::sleep_for(milliseconds(10));
     }
     const double bindLatency = secondsSince(libraryBack);
-    check(module.connectStatus(), "no connection %.1f s after the client library appeared", bound);
+    check(module->getConnectStatus(), "no connection %.1f s after the client library appeared",
+          bound);
     note("client library in place: connected after %.2f s (bound %.1f s)", bindLatency, bound);
     if (!standin.load(scratch / "libSimConnect.so")) return 2;
     standin.setCloseDelay(100);  // every reconnect and Stop waits as long as with the real library
@@ -688,9 +635,9 @@ int main(int argc, char** argv) {
     waitUntil([] { return standin.datumCount(nullptr, 3009) == 1; }, seconds(10));
 
     // Phase 2: traffic and faults until the time is up.
-    std::vector<int32_t> digitIds = idsOf(module.digitInList);
-    std::vector<int32_t> encoderIds = idsOf(module.encoderList);
-    std::vector<int32_t> analogIds = idsOf(module.analogList);
+    std::vector<int32_t> digitIds = idsOf(module->getList[0]);
+    std::vector<int32_t> encoderIds = idsOf(module->getList[1]);
+    std::vector<int32_t> analogIds = idsOf(module->getList[2]);
     // Grow the stand-in's record once (no drain for a few seconds), so later drains reuse it.
     drainPaused.store(true);
     std::thread drainer(drainLoop);
@@ -712,7 +659,7 @@ int main(int argc, char** argv) {
     std::size_t next = order.size();
     while (Clock::now() + seconds(15) < runEnd) {
         if (rssWarm < 0 && Clock::now() >= warmedUp) {
-            rssWarm = residentKiB();
+            rssWarm = processUsage().memoryKb;
             note("warmed up: resident %ld KiB", rssWarm);
         }
         if (next == order.size()) {
@@ -723,8 +670,8 @@ int main(int argc, char** argv) {
         pauseFor(milliseconds(2000 + random() % 3000));
     }
     while (Clock::now() < runEnd) pauseFor(milliseconds(200));
-    if (rssWarm < 0) rssWarm = residentKiB();
-    const long rssEnd = residentKiB();
+    if (rssWarm < 0) rssWarm = processUsage().memoryKb;
+    const long rssEnd = processUsage().memoryKb;
 
     // Wind down: stop the host, then the module, and read the last records.
     stopping.store(true);
@@ -735,11 +682,11 @@ int main(int argc, char** argv) {
     for (int i : {0, 1, 2, 4}) beats[i].lastNs.store(0);
     beats[3].beat();  // Stop must return within the hang limit too
     const auto stopStart = Clock::now();
-    module.stop();
+    module->stop();
     const double stopTook = secondsSince(stopStart);
     beats[3].lastNs.store(0);
     check(stopTook < 5.0, "Stop took %.1f s", stopTook);
-    check(!module.connectStatus() && standin.openConnectionCount() == 0,
+    check(!module->getConnectStatus() && standin.openConnectionCount() == 0,
           "still connected after Stop");
     drainOnce();
     standin.stopFrameThread();
@@ -807,11 +754,9 @@ int main(int argc, char** argv) {
         rssWarm, rssEnd, growth, kSanitized ? ", not judged under a sanitizer" : "");
     std::printf("Stop took %.2f s\n", stopTook);
 
-    dlclose(module.library);
+    module.unload();
     finished.store(true);
     hangWatch.join();
-    std::error_code ignored;
-    fs::remove_all(scratch, ignored);
     const int failed = failures.load();
     std::printf("soak: %s (%d failed checks)\n", failed == 0 ? "PASSED" : "FAILED", failed);
     return failed == 0 ? 0 : 1;
