@@ -119,7 +119,8 @@ constexpr bool sortedBodyIsInCatalogueOrder() {
 }
 static_assert(sortedBodyIsInCatalogueOrder());
 static_assert(variableNumberOf("S_ADF1_TFC") == 1 && variableNumberOf("S_ASP_INTRAD") == 22 &&
-              variableNumberOf("S_XPDR_OPERATION") == 761 && variableNumberOf("S_WR_GCS") == 762);
+              variableNumberOf("S_XPDR_OPERATION") == 761 &&
+              variableNumberOf("S_WR_GCS") == kVariableNumberCount);
 
 // A one-variable binding or key of a panel block is no position and no synthesized contact, and
 // only the two ADF transfer keys are in two tables (a binding and the audio-panel block).

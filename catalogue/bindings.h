@@ -46,6 +46,9 @@ const std::vector<GroupKey>& aspKeyGroup();          // 178 rows, definition 300
 const std::vector<GroupKey>& rmpKeyGroup();          // 39 rows, definition 3003
 const std::vector<GroupKey>& atcKeyGroup();          // 10 rows, definition 3004
 
+// Switch and push-button variables are numbered 1..kVariableNumberCount.
+inline constexpr int32_t kVariableNumberCount = 762;
+
 // Number 1..762 of a switch variable of the digital-input list (a position group counts once);
 // 0 for a name that is no switch variable.
 int32_t variableNumber(std::string_view switchVariable);

@@ -516,10 +516,27 @@ inline constexpr SignalEntry kDigitOutRows[] = {
 
 static_assert(std::size(kDigitOutRows) == kDigitOutCount && idsAreDense(kDigitOutRows, 495));
 
-// The synthesized outputs read no variable of their own: the output side computes them.
+// The synthesized outputs read no variable of their own: the output side computes them. They
+// are the last ids, those that show the FCU power first.
 constexpr bool isSynthesized(const SignalEntry& row) {
     return row.label.starts_with("synthesized: ");
 }
+constexpr bool showsFcuPower(const SignalEntry& row) {
+    return row.label.starts_with("synthesized: FCU powered");
+}
+constexpr bool isDarkSynthesized(const SignalEntry& row) {
+    return isSynthesized(row) && !showsFcuPower(row);
+}
+constexpr uint32_t firstDigitOutWhere(bool (*test)(const SignalEntry&)) {
+    for (const SignalEntry& row : kDigitOutRows) {
+        if (test(row)) return static_cast<uint32_t>(row.id);
+    }
+    return 0;
+}
+inline constexpr uint32_t kFirstSynthesizedDigitOut = firstDigitOutWhere(isSynthesized);
+inline constexpr uint32_t kFirstDarkSynthesizedDigitOut = firstDigitOutWhere(isDarkSynthesized);
+inline constexpr uint32_t kLastDigitOut =
+    static_cast<uint32_t>(kDigitOutRows[kDigitOutCount - 1].id);
 constexpr std::string_view digitOutNameOf(const SignalEntry& row) {
     return isSynthesized(row) ? std::string_view() : row.variable;
 }

@@ -48,11 +48,17 @@ static_assert(ascends(kAnalogRows, 1, 123, labelVariable));
 static_assert(ascends(kDigitOutRows, 1, 469, variableOf));
 static_assert(ascends(kDisplayRows, 1, 140, displayOrderName));
 
+// The synthesized outputs are the last six, the two that show the FCU power first.
 constexpr bool synthesizedOutputsAreTheLastSix() {
-    for (std::size_t i = 0; i < kDigitOutCount; ++i) {
-        if (isSynthesized(kDigitOutRows[i]) != (i + 6 >= kDigitOutCount)) return false;
+    for (const SignalEntry& row : kDigitOutRows) {
+        const auto id = static_cast<uint32_t>(row.id);
+        if (isSynthesized(row) != (id >= kFirstSynthesizedDigitOut)) return false;
+        if (showsFcuPower(row) != (isSynthesized(row) && id < kFirstDarkSynthesizedDigitOut)) {
+            return false;
+        }
     }
-    return true;
+    return kLastDigitOut - kFirstSynthesizedDigitOut == 5 &&
+           kFirstDarkSynthesizedDigitOut - kFirstSynthesizedDigitOut == 2;
 }
 static_assert(synthesizedOutputsAreTheLastSix());
 

@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "catalogue/bindings.h"
+#include "catalogue/position_switches.h"
 #include "catalogue/signal_lists.h"
 #include "platform/module_lifetime.h"
 
@@ -28,7 +29,7 @@ void buildTables() {
 
 // Stop lets the writer and dispatch threads finish what is in flight before it stops them.
 constexpr Nanos kUnregisterPause = milliseconds(200);
-constexpr int32_t kDomeLightKey = 611;  // S_OH_INT_LT_DOME
+constexpr int32_t kDomeLightKey = variableNumberOf("S_OH_INT_LT_DOME");
 
 WriteLink linkOf(Connection& connection) {
     return {&connection,

@@ -14,95 +14,20 @@ bool AnalogFilter::admit(int32_t id, double value) {
 }
 
 std::array<AnalogFilter, kAnalogFilterCount> makeAnalogFilters() {
-    // clang-format off
-    constexpr std::array<double, kAnalogFilterCount> kBands{
-        1.0,   // landing elevation
-        0.05,  // unused
-        0.05,  // CDU brightness
-        0.01,  // display brightness and lighting knobs
-        0.01,  // lower ECAM
-        0.01,  // upper ECAM
-        0.5,   // aft cargo temperature
-        0.5,   // forward cabin temperature
-        0.5,   // cockpit temperature
-        0.5,   // aft cabin temperature
-        0.005, // throttle levers
-        0.5,   // weather radar tilt
-    };
-    // clang-format on
     std::array<AnalogFilter, kAnalogFilterCount> filters{};
-    for (std::size_t i = 0; i < kAnalogFilterCount; ++i) filters[i].threshold = kBands[i];
+    for (std::size_t i = 0; i < kAnalogFilterCount; ++i) filters[i].threshold = kDeadBands[i];
     return filters;
 }
 
+// A negative id, converted, lies beyond the tables too.
 int analogFilterFor(int32_t id) {
-    switch (id) {
-        case 116:
-            return 0;
-        case 61:
-        case 62:
-            return 2;
-        case 65:
-        case 66:
-        case 67:
-        case 70:
-        case 71:
-        case 72:
-        case 97:
-        case 98:
-        case 117:
-            return 3;
-        case 68:
-            return 4;
-        case 69:
-            return 5;
-        case 112:
-            return 6;
-        case 115:
-            return 7;
-        case 114:
-            return 8;
-        case 111:
-            return 9;
-        case 89:
-        case 90:
-            return 10;
-        case 122:
-            return 11;
-        default:
-            return id >= 102 && id <= 110 ? 3 : -1;
-    }
+    const auto index = static_cast<std::size_t>(id);
+    return index < kDeadBandOfId.size() ? static_cast<int>(kDeadBandOfId[index]) : -1;
 }
 
 AnalogRule analogRule(int32_t id) {
-    switch (id) {
-        case 89:
-        case 90:
-            return AnalogRule::Throttle;
-        case 82:
-            return AnalogRule::TrimWheel;
-        case 77:
-        case 78:
-        case 79:
-        case 80:
-        case 83:
-        case 84:
-        case 85:
-        case 86:
-            return AnalogRule::Axis;
-        case 88:
-            return AnalogRule::Speedbrake;
-        case 124:
-            return AnalogRule::FlapLever;
-        case 112:
-            return AnalogRule::CargoTemp;
-        case 111:
-        case 114:
-        case 115:
-            return AnalogRule::CabinTemp;
-        default:
-            return AnalogRule::Raw;
-    }
+    const auto index = static_cast<std::size_t>(id);
+    return index < kAnalogRuleOfId.size() ? kAnalogRuleOfId[index] : AnalogRule::Raw;
 }
 
 double throttleDetent(double v) {

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include "catalogue/behaviour.h"
+
 namespace fenixA320 {
 
 // Drops a value that moved less than the dead band since the last value it let through, as
@@ -17,25 +19,15 @@ struct AnalogFilter {
     bool admit(int32_t id, double value);
 };
 
-inline constexpr std::size_t kAnalogFilterCount = 12;
+inline constexpr std::size_t kAnalogFilterCount = kDeadBandCount;
 
-// The twelve records with their dead bands; record 1 serves no id.
+// The records with the catalogue's dead bands, one per DeadBand value.
 std::array<AnalogFilter, kAnalogFilterCount> makeAnalogFilters();
 
 // Index of the record that filters analog input `id`, or -1 when it has no dead band.
 int analogFilterFor(int32_t id);
 
-// How the raw value of an analog input becomes the value written.
-enum class AnalogRule {
-    Raw,         // the value as reported
-    Throttle,    // detent curve with snap; outside [-1, 1] rejected
-    TrimWheel,   // thousandths, whole numbers; only while the trim motor is unpowered
-    Axis,        // [-1, 1] onto [-1000, 1000]
-    Speedbrake,  // depends on the armed switch
-    FlapLever,   // turned into the five positions of the flap switch
-    CargoTemp,   // 5..26 onto 0..1
-    CabinTemp,   // 18..30 onto 0..1
-};
+// How the raw value of an analog input becomes the value written (catalogue/behaviour.h).
 AnalogRule analogRule(int32_t id);
 
 // Lever value in [-1, 1] onto 0..5 with the idle band held at 2 and near-whole values snapped;

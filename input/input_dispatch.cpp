@@ -3,7 +3,10 @@
 #include <functional>
 #include <map>
 
+#include "catalogue/analog_inputs.h"
 #include "catalogue/bindings.h"
+#include "catalogue/digital_inputs.h"
+#include "catalogue/digital_outputs.h"
 #include "catalogue/signal_lists.h"
 #include "input/input_side.h"
 #include "input/switch_table.h"
@@ -11,17 +14,17 @@
 namespace fenixA320 {
 namespace {
 
-constexpr int32_t kLandingElevationAuto = 963;  // synthesized: sets the landing elevation AUTO
-constexpr int32_t kParkingBrake = 605;
-constexpr int32_t kParkingBrakeOff = 964;  // synthesized: the lever's OFF microswitch
-constexpr int32_t kSpeedbrakeArmedInput = 472;
-constexpr int32_t kRudderTrimLeft = 469;
-constexpr int32_t kRudderTrimRight = 470;
+constexpr int32_t kLandingElevationAuto = kLandingElevationAutoContact;  // sets the elevation AUTO
+constexpr int32_t kParkingBrake = digitInIdOf("S_MIP_PARKING_BRAKE");
+constexpr int32_t kParkingBrakeOff = kParkingBrakeOffContact;  // the lever's OFF microswitch
+constexpr int32_t kSpeedbrakeArmedInput = digitInIdOf("S_FC_SPEEDBRAKE_ARMED");
+constexpr int32_t kRudderTrimLeft = digitInIdOf("S_FC_RUDDER_TRIM_Left");
+constexpr int32_t kRudderTrimRight = digitInIdOf("S_FC_RUDDER_TRIM_Right");
 
-constexpr int32_t kSpeedbrakeLever = 88;
-constexpr int32_t kLandingElevation = 116;
+constexpr int32_t kSpeedbrakeLever = analogIdOf("A_FC_SPEEDBRAKE");
+constexpr int32_t kLandingElevation = analogIdOf("A_OH_PNEUMATIC_LDG_ELEV");
 constexpr double kLandingElevationAutoValue = -3.0;
-constexpr std::size_t kTrimMotorPowerSlot = 471;  // B_FC_ELEVATOR_TRIM_MOTOR_POWER
+constexpr std::size_t kTrimMotorPowerSlot = digitOutIdOf("B_FC_ELEVATOR_TRIM_MOTOR_POWER");
 
 constexpr uint32_t kValueSize = sizeof(double);
 

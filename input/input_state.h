@@ -8,6 +8,9 @@
 #include <mutex>
 #include <vector>
 
+#include "catalogue/behaviour.h"
+#include "catalogue/bindings.h"
+#include "catalogue/signal_lists.h"
 #include "input/analog_conversions.h"
 #include "input/debounced_key.h"
 #include "input/position_switch.h"
@@ -15,15 +18,11 @@
 
 namespace fenixA320 {
 
-inline constexpr int32_t kDigitInIds = 965;  // digital-input ids 0..964
-inline constexpr int32_t kVariableNumbers = 763;
+inline constexpr int32_t kDigitInIds = static_cast<int32_t>(kDigitInCount);  // ids 0..964
+inline constexpr int32_t kVariableNumbers = kVariableNumberCount + 1;
 
 // Momentary action keys that a replay would press again: never remembered for replay.
-// clang-format off
-inline constexpr std::array<int32_t, 29> replayExcluded{
-    34, 90, 146, 202, 435, 436, 445, 471, 571, 572, 600, 601, 602, 603, 638,
-    642, 660, 697, 699, 700, 701, 703, 704, 705, 707, 778, 830, 878, 953};
-// clang-format on
+inline constexpr auto& replayExcluded = kReplayExcludedIds;
 
 // The five panels whose keys are written as one block each.
 enum class KeyPanel : int8_t { None = -1, Cdu, Fcu, Asp, Rmp, Atc };

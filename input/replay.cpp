@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "catalogue/bindings.h"
+#include "catalogue/digital_inputs.h"
 #include "input/input_side.h"
 #include "input/switch_table.h"
 
@@ -15,7 +16,7 @@ using std::chrono::seconds;
 
 constexpr Nanos kDigitalReplayInterval = seconds(1);
 constexpr Nanos kAnalogReplayInterval = seconds(2);
-constexpr int32_t kParkingBrakeOff = 964;
+constexpr int32_t kParkingBrakeOff = kParkingBrakeOffContact;
 
 // Spreads an analog replay so it never floods the latest-value path.
 constexpr Nanos kAnalogReplayPause = milliseconds(2);

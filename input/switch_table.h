@@ -1,9 +1,12 @@
-// The multi-position switches: their contacts, position numbers and rest positions.
+// The multi-position switches as the input side holds them: their contacts, position numbers and
+// rest positions, derived from the catalogue's position switches.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+
+#include "catalogue/position_switches.h"
 
 namespace fenixA320 {
 
@@ -16,10 +19,10 @@ struct SwitchRow {
     bool restsAtOne;  // reports position 1 when every contact is open
 };
 
-inline constexpr std::size_t kSwitchCount = 73;
-inline constexpr int32_t kRudderTrimSwitchKey = 408;  // S_FC_RUDDER_TRIM
-inline constexpr int32_t kFlapSwitchKey = 404;        // S_FC_FLAPS
-inline constexpr int32_t kFlapFirstContact = 460;     // S_FC_FLAPS_0
+inline constexpr std::size_t kSwitchCount = kPositionSwitchCount;
+inline constexpr int32_t kRudderTrimSwitchKey = variableNumberOf("S_FC_RUDDER_TRIM");
+inline constexpr int32_t kFlapSwitchKey = variableNumberOf("S_FC_FLAPS");
+inline constexpr int32_t kFlapFirstContact = digitInIdOf("S_FC_FLAPS_0");
 
 // In the order in which the core holds and feeds them.
 const std::array<SwitchRow, kSwitchCount>& switchRows();

@@ -6,7 +6,7 @@
 namespace fenixA320 {
 
 // State of digital output `id` whose received value is `value` (ignored by the synthesized
-// outputs 496..501).
+// outputs).
 bool digitOutState(uint32_t id, double value, bool annTest, bool fcuPowered);
 
 }  // namespace fenixA320

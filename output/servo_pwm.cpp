@@ -3,6 +3,9 @@
 
 #include <chrono>
 #include <cmath>
+#include <string_view>
+
+#include "catalogue/pwm.h"
 
 namespace fenixA320 {
 
@@ -16,6 +19,10 @@ constexpr double kSpeedPerSample = 600.0;
 constexpr int32_t kPlainPositionPasses = 21;  // then one nudge check
 constexpr double kNudge = 0.05;
 constexpr double kFullLevel = 2500.0;
+
+consteval std::size_t channel(std::string_view name) {
+    return static_cast<std::size_t>(pwmIdOf(name));
+}
 }  // namespace
 
 double TrimSpeedFilter::add(double sample) {
@@ -91,21 +98,23 @@ PwmLevels pwmLevels(const OutputValues& values, double domeSwitch) {
         return 0.0;
     };
 
-    levels[1] = integral(displayId::kOverheadLighting);
-    levels[2] = integral(displayId::kFcuLighting);
-    levels[3] = integral(displayId::kPedestalLighting);
-    levels[4] = knob(displayId::kReadingCapt);
-    levels[5] = knob(displayId::kReadingFo);
-    levels[6] = knob(displayId::kMapLeft);
-    levels[7] = knob(displayId::kMapRight);
-    levels[8] = switched(domeSwitch);
-    levels[9] = switched(domeSwitch);
-    levels[10] = knob(displayId::kFloodMain);
-    levels[11] = knob(displayId::kFloodPedestal);
-    levels[12] = switched(values.displayValue(displayId::kConsoleFloorCapt));
-    levels[13] = switched(values.displayValue(displayId::kConsoleFloorFo));
-    levels[14] = knob(displayId::kFcuLightingText);
-    levels[15] = kFullLevel;  // RMP and ACP backlight enable
+    levels[channel("FENIX INTEG LT OVHD")] = integral(displayId::kOverheadLighting);
+    levels[channel("FENIX INTEG LT GLARE")] = integral(displayId::kFcuLighting);
+    levels[channel("FENIX INTEG LT MIP PED")] = integral(displayId::kPedestalLighting);
+    levels[channel("FENIX READING LT OVHD L")] = knob(displayId::kReadingCapt);
+    levels[channel("FENIX READING LT OVHD R")] = knob(displayId::kReadingFo);
+    levels[channel("FENIX READING LT GLARE L")] = knob(displayId::kMapLeft);
+    levels[channel("FENIX READING LT GLARE R")] = knob(displayId::kMapRight);
+    levels[channel("FENIX OVHD DOME L")] = switched(domeSwitch);
+    levels[channel("FENIX OVHD DOME R")] = switched(domeSwitch);
+    levels[channel("FENIX FLOOD LT MIP")] = knob(displayId::kFloodMain);
+    levels[channel("FENIX FLOOD LT PED")] = knob(displayId::kFloodPedestal);
+    levels[channel("FENIX CONSOLE FLOOR LT L")] =
+        switched(values.displayValue(displayId::kConsoleFloorCapt));
+    levels[channel("FENIX CONSOLE FLOOR LT R")] =
+        switched(values.displayValue(displayId::kConsoleFloorFo));
+    levels[channel("FENIX GLARE DISPLAY BRIGHT")] = knob(displayId::kFcuLightingText);
+    levels[channel("FENIX RMP ACP BK ENABLE")] = kFullLevel;  // RMP and ACP backlight enable
 
     for (double& level : levels) {
         if (level < kPwmFloor) level = 0.0;  // NaN passes

@@ -3,19 +3,24 @@
 
 #include <array>
 #include <cstdint>
+#include <string_view>
 
+#include "catalogue/servos.h"
 #include "output/output_state.h"
 #include "output/output_values.h"
 #include "platform/clock.h"
 
 namespace fenixA320 {
 
-inline constexpr uint32_t kAccuPressureServo = 1;
-inline constexpr uint32_t kBrakeLeftServo = 2;
-inline constexpr uint32_t kBrakeRightServo = 3;
-inline constexpr uint32_t kPitchTrimServo = 4;
+consteval uint32_t servoNamed(std::string_view channel) {
+    return static_cast<uint32_t>(servoIdOf(channel));
+}
+inline constexpr uint32_t kAccuPressureServo = servoNamed("FENIX_A320_SERVO_ACCU_PRESS");
+inline constexpr uint32_t kBrakeLeftServo = servoNamed("FENIX_A320_SERVO_BRAKE_L_PRESS");
+inline constexpr uint32_t kBrakeRightServo = servoNamed("FENIX_A320_SERVO_BRAKE_R_PRESS");
+inline constexpr uint32_t kPitchTrimServo = servoNamed("FENIX_TQ_PITCH_TRIM_WHEEL");
 
-inline constexpr uint32_t kPwmChannels = 15;
+inline constexpr uint32_t kPwmChannels = kPwmCount - 1;  // channels 1..15; 0 is the unbound entry
 // Levels below this are sent as 0: the backlight drivers cannot show them.
 inline constexpr double kPwmFloor = 50.0;
 

@@ -3,7 +3,9 @@
 #include "store/write_paths.h"
 
 #include <algorithm>
+#include <span>
 
+#include "catalogue/behaviour.h"
 #include "catalogue/bindings.h"
 
 namespace fenixA320 {
@@ -16,20 +18,15 @@ constexpr std::size_t kLatestPerFlush = 20;
 constexpr Nanos kLatestFlushInterval = milliseconds(10);
 constexpr Nanos kHeldFlushInterval = milliseconds(200);
 
-bool contains(std::initializer_list<int32_t> ids, int32_t id) {
+bool contains(std::span<const int32_t> ids, int32_t id) {
     return std::ranges::find(ids, id) != ids.end();
 }
 
 std::unordered_set<uint32_t> buildHeldDefinitions() {
-    // Inputs whose last value the aircraft must keep seeing: engine masters, speedbrake arming,
-    // gear and parking brake, throttles, speedbrake and the lighting knobs.
-    const auto digital = {605, 964, 472, 449, 450, 451, 452, 453,
-                          594, 595, 597, 598, 583, 743, 745};
-    const auto analog = {88, 124, 89, 90, 117, 102, 103, 97, 98, 109, 110, 108};
-    // Multi-position switches that a flight reload would otherwise reset: engine mode selector,
-    // console/floor lights and dome light. Push/pull knobs are not held: re-sending their
-    // position would keep pushing them.
-    const auto heldSwitches = {397, 490, 491, 611};
+    // The inputs the catalogue holds (catalogue/behaviour.h).
+    const auto& digital = kHeldDigitInIds;
+    const auto& analog = kHeldAnalogInIds;
+    const auto& heldSwitches = kHeldSwitchNumbers;
 
     std::unordered_set<uint32_t> held;
     for (const VarBinding& row : digitInBindings()) {

@@ -11,7 +11,6 @@
 #include "catalogue/position_switches.h"
 #include "catalogue/pwm.h"
 #include "catalogue/servos.h"
-#include "output/output_values.h"
 
 namespace fenixA320 {
 namespace {
@@ -35,10 +34,6 @@ static_assert(variableNumberOf("S_ASP_SEND_CHANNEL") == 33 && variableNumberOf("
 static_assert(variableNumberOf("S_IOS_ELEC_EXTERN_POWER") == 462 &&
               variableNumberOf("S_OH_PNEUMATIC_XBLEED_SELECTOR") == 650);
 static_assert(kPositionGroups[1].first == 35 && kPositionGroups[1].count == 9);
-
-// The ids the output side reads until it looks them up itself.
-static_assert(digitOutId::kTrackFpaMode == 194 && digitOutIdOf("I_FCU_TRACK_FPA_MODE") == 194);
-static_assert(digitOutId::kFcuPower == static_cast<uint32_t>(digitOutIdOf("B_FCU_POWER")));
 
 }  // namespace
 }  // namespace fenixA320

@@ -63,9 +63,14 @@ TEST(AnalogFilter, EachSignalHasItsDeadBand) {
         EXPECT_FALSE(filter.admit(c.id, 10.0 + c.band * 0.9)) << c.id;
         EXPECT_TRUE(filter.admit(c.id, 10.0 + c.band * 1.1)) << c.id;
     }
-    for (const int32_t unfiltered : {0, 60, 73, 77, 82, 88, 124, 500, -1}) {
+    for (const int32_t unfiltered : {0, 60, 73, 77, 82, 88, 124, 125, 500, -1}) {
         EXPECT_EQ(analogFilterFor(unfiltered), -1) << unfiltered;
     }
+    // Past the list, and below it, every input is written raw.
+    for (const int32_t outside : {125, 500, -1}) {
+        EXPECT_EQ(analogRule(outside), AnalogRule::Raw) << outside;
+    }
+    EXPECT_EQ(analogRule(124), AnalogRule::FlapLever);
 }
 
 }  // namespace
