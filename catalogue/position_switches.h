@@ -159,7 +159,7 @@ inline constexpr int32_t kFirstPosition = firstPositionOf(kPositionSwitches[I].v
 
 template <std::size_t... I>
 consteval std::array<PositionGroup, kPositionSwitchCount> locatePositionGroups(
-    std::index_sequence<I...>) {
+    std::index_sequence<I...> /*switches*/) {
     std::array<PositionGroup, kPositionSwitchCount> groups{
         PositionGroup{kFirstPosition<I>, kPositionSwitches[I].positionCount, 0}...};
     for (PositionGroup& g : groups) g.number = numberAt(g.first, groups);
