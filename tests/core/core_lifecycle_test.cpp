@@ -9,6 +9,7 @@
 
 #include "core/core.h"
 #include "simulator/standin_control.h"
+#include "tests/support/eventually.h"
 #include "tests/support/fake_platform.h"
 
 namespace fenixA320 {

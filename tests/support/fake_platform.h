@@ -1,13 +1,13 @@
 // One fake of the platform seam for every test: the simulator stand-in as the client library,
 // probes and the debugger output under the test's control, and a clock that either runs on
-// synthetic time (sleeps return at once) or is the steady clock.
+// synthetic time (sleeps return at once) or is the steady clock. Waiting for real threads is
+// tests/support/eventually.h.
 #pragma once
 
 #include <atomic>
 #include <chrono>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/clock.h"
@@ -68,17 +68,6 @@ inline const platform::Platform& fakePlatform() {
         },
     };
     return fake;
-}
-
-// Polls `condition` until it holds or `timeout` passes; true when it held.
-template <class Condition>
-bool eventually(Condition condition, std::chrono::milliseconds timeout = std::chrono::seconds(30)) {
-    const auto until = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
 }
 
 }  // namespace helmbridge::testing
