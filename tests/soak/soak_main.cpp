@@ -12,11 +12,9 @@
 // program then loads the same stand-in file for its own control calls, and injects faults until
 // the time is up. It prints what it checked and exits non-zero when any check failed.
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cinttypes>
-#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -28,10 +26,13 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
+#include "catalogue/behaviour.h"
+#include "catalogue/bindings.h"
+#include "catalogue/position_switches.h"
 #include "host/system.h"
-#include "plugin/helmbridge_a320.h"
 #include "simulator/standin_control.h"
 #include "tests/support/eventually.h"
 #include "tests/support/module_loader.h"
@@ -40,9 +41,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using helmbridge::testing::eventually;
-using helmbridge::testing::LoadedModule;
-using helmbridge::testing::processUsage;
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
@@ -66,13 +64,11 @@ constexpr auto kKeepAliveBound = seconds(5) + kPass + kSlack;  // 5 s after the 
 constexpr auto kRerequestBound = seconds(5) + kPass + kPass + kSlack;
 constexpr auto kStallReconnectBound = seconds(5) + kPass + kPass + kSlack;
 
-// Inputs whose writes the checks follow (definition ids are 1000 + encoder, 2000 + analog).
-constexpr int32_t kProbeEncoderA = 2;  // host thread A counts it up only
-constexpr int32_t kProbeEncoderB = 3;  // host thread B likewise
-constexpr int32_t kParkingBrake = 605;
-constexpr uint32_t kParkingBrakeDefinition = 497;  // a held definition
-constexpr uint32_t kHeldAnalogDefinitions[] = {2088, 2089, 2090, 2097, 2098, 2102,
-                                               2103, 2108, 2109, 2110, 2117, 2124};
+// Inputs whose writes the checks follow: each host thread counts its probe encoder up only, and
+// the parking brake is one of the held inputs.
+constexpr int32_t kProbeEncoders[] = {2, 3};
+constexpr int32_t kParkingBrake = fenixA320::digitInIdOf("S_MIP_PARKING_BRAKE");
+constexpr uint32_t kParkingBrakeDefinition = fenixA320::variableNumberOf("S_MIP_PARKING_BRAKE");
 constexpr int32_t kMinDispatchesToQualify = 100;  // about 1.5 s of a connection's life
 
 // ---- The stand-in's control functions, resolved from the file the module bound -------------
@@ -99,30 +95,35 @@ struct Standin {
     decltype(&standinClearCalls) clearCalls = nullptr;
     decltype(&standinCounters) counters = nullptr;
 
-    template <typename Fn>
-    bool resolve(Fn& out, const char* name) {
-        out = reinterpret_cast<Fn>(library.symbol(name));
-        if (out == nullptr) std::fprintf(stderr, "stand-in lacks %s\n", name);
-        return out != nullptr;
-    }
     bool load(const fs::path& file) {
         std::string error;
-        if (!library.open(file, error)) return false;
-        return resolve(startFrameThread, "standinStartFrameThread") &&
-               resolve(stopFrameThread, "standinStopFrameThread") &&
-               resolve(setOpenResult, "standinSetOpenResult") &&
-               resolve(setKeepAliveAnswers, "standinSetKeepAliveAnswers") &&
-               resolve(setCloseDelay, "standinSetCloseDelay") && resolve(quit, "standinQuit") &&
-               resolve(loseConnections, "standinLoseConnections") &&
-               resolve(openConnectionCount, "standinOpenConnectionCount") &&
-               resolve(setPaused, "standinSetPaused") &&
-               resolve(setSimRunning, "standinSetSimRunning") && resolve(crash, "standinCrash") &&
-               resolve(loadFlight, "standinLoadFlight") &&
-               resolve(setClockStalled, "standinSetClockStalled") &&
-               resolve(request, "standinRequest") && resolve(datumCount, "standinDatumCount") &&
-               resolve(callCount, "standinCallCount") && resolve(call, "standinCall") &&
-               resolve(callData, "standinCallData") && resolve(clearCalls, "standinClearCalls") &&
-               resolve(counters, "standinCounters");
+        bool complete = library.open(file, error);
+        const auto resolve = [&](auto& out, const char* name) {
+            out = reinterpret_cast<std::remove_reference_t<decltype(out)>>(library.symbol(name));
+            if (out == nullptr) std::fprintf(stderr, "stand-in lacks %s\n", name);
+            complete = complete && out != nullptr;
+        };
+        resolve(startFrameThread, "standinStartFrameThread");
+        resolve(stopFrameThread, "standinStopFrameThread");
+        resolve(setOpenResult, "standinSetOpenResult");
+        resolve(setKeepAliveAnswers, "standinSetKeepAliveAnswers");
+        resolve(setCloseDelay, "standinSetCloseDelay");
+        resolve(quit, "standinQuit");
+        resolve(loseConnections, "standinLoseConnections");
+        resolve(openConnectionCount, "standinOpenConnectionCount");
+        resolve(setPaused, "standinSetPaused");
+        resolve(setSimRunning, "standinSetSimRunning");
+        resolve(crash, "standinCrash");
+        resolve(loadFlight, "standinLoadFlight");
+        resolve(setClockStalled, "standinSetClockStalled");
+        resolve(request, "standinRequest");
+        resolve(datumCount, "standinDatumCount");
+        resolve(callCount, "standinCallCount");
+        resolve(call, "standinCall");
+        resolve(callData, "standinCallData");
+        resolve(clearCalls, "standinClearCalls");
+        resolve(counters, "standinCounters");
+        return complete;
     }
     StandinCounters snapshot() const {
         StandinCounters out{};
@@ -132,7 +133,7 @@ struct Standin {
 };
 
 Standin standin;
-LoadedModule module;
+helmbridge::testing::LoadedModule module;
 std::atomic<bool> stopping{false};
 std::atomic<bool> finished{false};
 std::atomic<int> failures{0};
@@ -142,28 +143,29 @@ double secondsSince(Clock::time_point t) {
     return std::chrono::duration<double>(Clock::now() - t).count();
 }
 
-void check(bool ok, const char* format, ...) __attribute__((format(printf, 2, 3)));
-void check(bool ok, const char* format, ...) {
-    if (ok) return;
-    failures.fetch_add(1);
-    std::printf("[%7.1f s] FAILED: ", secondsSince(runStart));
-    va_list args;
-    va_start(args, format);
+void print(const char* tag, const char* format, va_list args) {
+    std::printf("[%7.1f s] %s", secondsSince(runStart), tag);
     std::vprintf(format, args);
-    va_end(args);
     std::printf("\n");
     std::fflush(stdout);
 }
 
-void note(const char* format, ...) __attribute__((format(printf, 1, 2)));
-void note(const char* format, ...) {
-    std::printf("[%7.1f s] ", secondsSince(runStart));
+void check(bool ok, const char* format, ...) __attribute__((format(printf, 2, 3)));
+void check(bool ok, const char* format, ...) {
+    if (ok) return;
+    failures.fetch_add(1);
     va_list args;
     va_start(args, format);
-    std::vprintf(format, args);
+    print("FAILED: ", format, args);
     va_end(args);
-    std::printf("\n");
-    std::fflush(stdout);
+}
+
+void note(const char* format, ...) __attribute__((format(printf, 1, 2)));
+void note(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    print("", format, args);
+    va_end(args);
 }
 
 // ---- Hang detection: every thread beats; a beat older than the limit aborts the run ----------
@@ -193,63 +195,47 @@ void watchdog() {
 }
 
 // ---- Host threads ----------------------------------------------------------------------------
-std::vector<int32_t> idsOf(helmbridge::GetSigListFn get) {
-    helmbridge::SigList list;
-    get(list);
+std::vector<int32_t> idsOf(int list) {
+    helmbridge::SigList signals;
+    module->getList[list](signals);
     std::vector<int32_t> ids;
-    for (const auto& entry : list) ids.push_back(entry.first);
+    for (const auto& entry : signals) ids.push_back(entry.first);
     return ids;
 }
 
 std::atomic<uint64_t> hostCalls{0};
 
-// Host A: digital inputs, the parking brake now and then, encoders with even ids.
-void hostInputA(uint32_t seed, std::vector<int32_t> digitIds, std::vector<int32_t> encoderIds) {
+// Host thread A (0) sends digital inputs and the parking brake every two seconds, B (1) analog
+// inputs over each signal's plausible range and beyond; each turns its probe encoder up and the
+// other encoders of its parity both ways.
+void hostInput(int thread, uint32_t seed) {
     std::mt19937 random(seed);
+    const int32_t probe = kProbeEncoders[thread];
     std::vector<int32_t> encoders;
-    for (int32_t id : encoderIds) {
-        if (id % 2 == 0 && id != kProbeEncoderA) encoders.push_back(id);
+    for (int32_t id : idsOf(1)) {
+        if (id % 2 == thread && id != probe) encoders.push_back(id);
     }
-    auto nextBrake = Clock::now();
-    int brake = 1;
-    while (!stopping.load()) {
-        beats[0].beat();
-        const int what = static_cast<int>(random() % 10);
-        if (Clock::now() >= nextBrake && module->getConnectStatus()) {
-            module->setDigitIn(kParkingBrake, brake != 0);
-            brake = 1 - brake;
-            nextBrake = Clock::now() + seconds(2);
-        } else if (what < 4) {
-            module->setEncoder(kProbeEncoderA, 1);
-        } else if (what < 6 && !encoders.empty()) {
-            module->setEncoder(encoders[random() % encoders.size()], (random() & 1) ? 1 : -1);
-        } else {
-            const int32_t id = digitIds[random() % digitIds.size()];
-            if (id != kParkingBrake) module->setDigitIn(id, (random() & 1) != 0);
-        }
-        hostCalls.fetch_add(1, std::memory_order_relaxed);
-        std::this_thread::sleep_for(std::chrono::microseconds(500 + random() % 3000));
-    }
-}
-
-// Host B: analog inputs over each signal's plausible range, encoders with odd ids.
-void hostInputB(uint32_t seed, std::vector<int32_t> analogIds, std::vector<int32_t> encoderIds) {
-    std::mt19937 random(seed);
-    std::vector<int32_t> encoders;
-    for (int32_t id : encoderIds) {
-        if (id % 2 == 1 && id != kProbeEncoderB) encoders.push_back(id);
-    }
+    const std::vector<int32_t> inputs = idsOf(thread == 0 ? 0 : 2);
     std::uniform_real_distribution<double> unit(-1.0, 1.0);
     std::uniform_real_distribution<double> wide(-10.0, 300.0);
+    auto nextBrake = Clock::now();
+    bool brake = true;
     while (!stopping.load()) {
-        beats[1].beat();
-        const int what = static_cast<int>(random() % 10);
-        if (what < 4) {
-            module->setEncoder(kProbeEncoderB, 1);
-        } else if (what < 5 && !encoders.empty()) {
+        beats[thread].beat();
+        const auto what = random() % 10;
+        if (thread == 0 && Clock::now() >= nextBrake && module->getConnectStatus()) {
+            module->setDigitIn(kParkingBrake, brake);
+            brake = !brake;
+            nextBrake = Clock::now() + seconds(2);
+        } else if (what < 4) {
+            module->setEncoder(probe, 1);
+        } else if (what < 6u - thread && !encoders.empty()) {
             module->setEncoder(encoders[random() % encoders.size()], (random() & 1) ? 1 : -1);
+        } else if (thread == 0) {
+            const int32_t id = inputs[random() % inputs.size()];
+            if (id != kParkingBrake) module->setDigitIn(id, (random() & 1) != 0);
         } else {
-            const int32_t id = analogIds[random() % analogIds.size()];
+            const int32_t id = inputs[random() % inputs.size()];
             module->setAnalog(id, (random() % 4) != 0 ? unit(random) : wide(random));
         }
         hostCalls.fetch_add(1, std::memory_order_relaxed);
@@ -278,17 +264,14 @@ void outputCycle() {
 
 // ---- The call record: drained often, followed per connection --------------------------------
 struct ConnectionTrack {
-    bool seen = false;
     int64_t dispatches = 0;
     std::map<uint32_t, double> lastEncoder;  // probe definition -> last value on this handle
     uint64_t heldWrites = 0;
     uint64_t latestWrites = 0;
-    bool registered = false;
 };
 
 std::mutex trackMutex;
 std::map<void*, ConnectionTrack> tracks;
-std::vector<void*> handleOrder;
 uint64_t recordsRead = 0;
 uint64_t encoderWritesChecked = 0;
 uint64_t gapsInsideBatch = 0;
@@ -296,50 +279,40 @@ uint64_t gapsAtBatchStart = 0;
 uint64_t writesTotal = 0;
 std::atomic<bool> drainPaused{false};
 
-bool isHeldAnalog(uint32_t id) {
-    return std::find(std::begin(kHeldAnalogDefinitions), std::end(kHeldAnalogDefinitions), id) !=
-           std::end(kHeldAnalogDefinitions);
+bool isProbeWrite(const StandinCall& call) {
+    return call.function == kStandinSetDataOnSimObject &&
+           std::ranges::count(kProbeEncoders,
+                              static_cast<int32_t>(call.id - fenixA320::DEF_ENCODER_BASE)) > 0;
+}
+
+bool isHeldAnalog(uint32_t definition) {
+    return std::ranges::count(fenixA320::kHeldAnalogInIds,
+                              static_cast<int32_t>(definition - fenixA320::DEF_ANALOG_BASE)) > 0;
 }
 
 void follow(const StandinCall& call, uint64_t index, bool firstOfBatch) {
     if (call.handle == nullptr) return;  // keep-alives while searching
     ConnectionTrack& track = tracks[call.handle];
-    if (!track.seen) {
-        track.seen = true;
-        handleOrder.push_back(call.handle);
-    }
-    switch (call.function) {
-        case kStandinCallDispatch:
-            ++track.dispatches;
-            break;
-        case kStandinAddToDataDefinition:
-            track.registered = true;
-            break;
-        case kStandinSetDataOnSimObject: {
-            ++writesTotal;
-            const uint32_t id = call.id;
-            if (id == 1000 + kProbeEncoderA || id == 1000 + kProbeEncoderB) {
-                double value = 0.0;
-                if (call.dataSize == sizeof(value)) standin.callData(index, &value, sizeof(value));
-                const auto last = track.lastEncoder.find(id);
-                if (last != track.lastEncoder.end()) {
-                    ++encoderWritesChecked;
-                    if (value != last->second + 1.0) {
-                        ++(firstOfBatch ? gapsAtBatchStart : gapsInsideBatch);
-                        note("encoder definition %u on %p: %.0f after %.0f", id, call.handle, value,
-                             last->second);
-                    }
-                }
-                track.lastEncoder[id] = value;
-            } else if (id == kParkingBrakeDefinition || isHeldAnalog(id)) {
-                ++track.heldWrites;
-            } else if (id > 2000 && id < 3000) {
-                ++track.latestWrites;
+    if (call.function == kStandinCallDispatch) ++track.dispatches;
+    if (call.function != kStandinSetDataOnSimObject) return;
+    ++writesTotal;
+    if (isProbeWrite(call)) {
+        double value = 0.0;
+        if (call.dataSize == sizeof(value)) standin.callData(index, &value, sizeof(value));
+        const auto last = track.lastEncoder.find(call.id);
+        if (last != track.lastEncoder.end()) {
+            ++encoderWritesChecked;
+            if (value != last->second + 1.0) {
+                ++(firstOfBatch ? gapsAtBatchStart : gapsInsideBatch);
+                note("encoder definition %u on %p: %.0f after %.0f", call.id, call.handle, value,
+                     last->second);
             }
-            break;
         }
-        default:
-            break;
+        track.lastEncoder[call.id] = value;
+    } else if (call.id == kParkingBrakeDefinition || isHeldAnalog(call.id)) {
+        ++track.heldWrites;
+    } else if (call.id > fenixA320::DEF_ANALOG_BASE && call.id < fenixA320::DEF_CDU_KEYS) {
+        ++track.latestWrites;
     }
 }
 
@@ -349,16 +322,12 @@ void drainOnce() {
     std::lock_guard lock(trackMutex);
     uint64_t read = 0;
     bool first = true;
-    for (;;) {
-        const uint64_t count = standin.callCount();
-        if (count == read) break;
+    for (uint64_t count = standin.callCount(); count != read; count = standin.callCount()) {
         for (; read < count; ++read) {
             StandinCall call{};
             if (!standin.call(read, &call)) break;
             // A probe write that opens a batch may follow one lost to an earlier clear.
-            const bool probeWrite =
-                call.function == kStandinSetDataOnSimObject &&
-                (call.id == 1000 + kProbeEncoderA || call.id == 1000 + kProbeEncoderB);
+            const bool probeWrite = isProbeWrite(call);
             follow(call, read, first && probeWrite);
             if (probeWrite) first = false;
         }
@@ -376,45 +345,15 @@ void drainLoop() {
 }
 
 // ---- Faults ----------------------------------------------------------------------------------
-struct FaultResult {
+struct Fault {
     const char* name;
+    Clock::duration bound;  // of the reconnect it must end in; zero: the connection must stay
+    void (*inject)(Fault& fault, uint64_t opensBefore);
     int count = 0;
     int failed = 0;
     double worst = 0.0;  // seconds, of the measured latency
-    double bound = 0.0;  // seconds
     double last = 0.0;   // seconds, of the latest measurement
 };
-
-enum FaultKind {
-    kQuit,
-    kCrashWithoutQuit,
-    kKeepAliveSilence,
-    kDataStall,
-    kClockStall,
-    kPauseResume,
-    kCrashEvent,
-    kFlightLoaded,
-    kOpenFailures,
-    kSimStopStart,
-    kFaultKinds
-};
-
-constexpr double toSeconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
-
-// Faults with a bound must end in a reconnect within it; the others must leave the connection
-// alone (bound 0).
-std::array<FaultResult, kFaultKinds> faultResults = {{
-    {"QUIT", 0, 0, 0, toSeconds(kKeepAliveBound), 0},
-    {"crash without QUIT", 0, 0, 0, toSeconds(kKeepAliveBound), 0},
-    {"keep-alive silence", 0, 0, 0, toSeconds(kKeepAliveBound), 0},
-    {"data stream stall", 0, 0, 0, toSeconds(kStallReconnectBound), 0},
-    {"clock stall", 0, 0, 0, 0, 0},
-    {"pause and resume", 0, 0, 0, 0, 0},
-    {"crashed event", 0, 0, 0, 0, 0},
-    {"flight loaded", 0, 0, 0, 0, 0},
-    {"open failures", 0, 0, 0, toSeconds(kSearchBound), 0},
-    {"sim stop and start", 0, 0, 0, 0, 0},
-}};
 
 uint64_t opens() { return standin.snapshot().opens; }
 
@@ -422,7 +361,7 @@ uint64_t opens() { return standin.snapshot().opens; }
 template <typename Condition>
 double waitUntil(Condition condition, Clock::duration bound) {
     const auto start = Clock::now();
-    const bool held = eventually(
+    const bool held = helmbridge::testing::eventually(
         [&] {
             beats[3].beat();
             return condition();
@@ -440,135 +379,148 @@ void pauseFor(Clock::duration span) {
 }
 
 // A reconnect (a successful Open) must come within the bound.
-bool expectReconnect(FaultResult& result, uint64_t opensBefore, Clock::duration bound) {
+void expectReconnect(Fault& fault, uint64_t opensBefore, Clock::duration bound) {
     const double took = waitUntil([&] { return opens() > opensBefore; }, bound);
     if (took < 0) {
-        ++result.failed;
-        check(false, "%s: no reconnect within %.1f s", result.name, result.bound);
-        return false;
+        ++fault.failed;
+        check(false, "%s: no reconnect within %.1f s", fault.name,
+              std::chrono::duration<double>(bound).count());
+        return;
     }
-    result.worst = std::max(result.worst, took);
-    result.last = took;
+    fault.worst = std::max(fault.worst, took);
+    fault.last = took;
     // The new connection must be registered again before the next fault.
-    waitUntil([] { return standin.datumCount(nullptr, 3009) == 1; }, seconds(5));
-    return true;
+    waitUntil([] { return standin.datumCount(nullptr, fenixA320::DEF_CLOCK) == 1; }, seconds(5));
 }
 
 // No reconnect may happen for the span.
-void expectCalm(FaultResult& result, uint64_t opensBefore, Clock::duration span) {
+void expectCalm(Fault& fault, uint64_t opensBefore, Clock::duration span) {
     pauseFor(span);
     const bool calm = opens() == opensBefore && module->getConnectStatus();
-    if (!calm) ++result.failed;
-    check(calm, "%s: the connection was rebuilt or lost", result.name);
+    if (!calm) ++fault.failed;
+    check(calm, "%s: the connection was rebuilt or lost", fault.name);
 }
 
-void injectFault(FaultKind kind) {
-    FaultResult& result = faultResults[kind];
-    ++result.count;
-    const uint64_t before = opens();
-    note("fault: %s", result.name);
-    switch (kind) {
-        case kQuit:
-            standin.quit();
-            expectReconnect(result, before, kKeepAliveBound);
-            break;
-        case kCrashWithoutQuit:
-            standin.loseConnections();
-            expectReconnect(result, before, kKeepAliveBound);
-            break;
-        case kKeepAliveSilence:
-            standin.setKeepAliveAnswers(0);
-            expectReconnect(result, before, kKeepAliveBound);
-            standin.setKeepAliveAnswers(1);
-            break;
-        case kDataStall: {
-            standin.stopFrameThread();
-            StandinRequest clock{};
-            const bool requested = standin.request(nullptr, 5, &clock) && clock.sends > 0;
-            // A re-request replaces request 5, so its send count starts again at 0.
-            const double rerequest = waitUntil(
-                [&] {
-                    StandinRequest now{};
-                    return opens() > before ||
-                           (standin.request(nullptr, 5, &now) && now.sends == 0);
-                },
-                kRerequestBound);
-            const bool ok = requested && rerequest >= 0 && opens() == before;
-            if (!ok) ++result.failed;
-            check(ok, "%s: no re-request within %.1f s (%s)", result.name,
-                  std::chrono::duration<double>(kRerequestBound).count(),
-                  !requested      ? "no clock request"
-                  : rerequest < 0 ? "timed out"
-                                  : "reconnected");
-            if (ok) {
-                expectReconnect(result, before, kStallReconnectBound);
-                note("re-request after %.2f s, reconnect %.2f s later", rerequest, result.last);
-            }
-            standin.startFrameThread(30);
-            break;
-        }
-        case kClockStall:
-            standin.setClockStalled(1);
-            expectCalm(result, before, seconds(8));
-            standin.setClockStalled(0);
-            break;
-        case kPauseResume:
-            standin.setPaused(1);
-            pauseFor(seconds(7));
-            standin.setPaused(0);
-            expectCalm(result, before, seconds(4));
-            break;
-        case kCrashEvent:
-            standin.crash();
-            expectCalm(result, before, seconds(6));
-            break;
-        case kFlightLoaded:
-            standin.loadFlight("flights/soak.flt");
-            expectCalm(result, before, seconds(6));
-            break;
-        case kOpenFailures: {
-            const uint64_t failedBefore = standin.snapshot().failedOpens;
-            standin.setOpenResult(static_cast<int32_t>(0x80004005u));
-            standin.loseConnections();
-            pauseFor(seconds(11));
-            const bool refused = standin.snapshot().failedOpens > failedBefore && opens() == before;
-            if (!refused) ++result.failed;
-            check(refused, "%s: no refused attempt, or an open while refused", result.name);
-            standin.setOpenResult(0);
-            expectReconnect(result, before, kSearchBound);
-            break;
-        }
-        case kSimStopStart:
-            standin.setSimRunning(0);
-            pauseFor(seconds(6));
-            standin.setSimRunning(1);
-            expectCalm(result, before, seconds(4));
-            break;
-        case kFaultKinds:
-            break;
+void dataStreamStall(Fault& fault, uint64_t before) {
+    standin.stopFrameThread();
+    StandinRequest clock{};
+    const bool requested = standin.request(nullptr, 5, &clock) && clock.sends > 0;
+    // A re-request replaces request 5, so its send count starts again at 0.
+    const double rerequest = waitUntil(
+        [&] {
+            StandinRequest now{};
+            return opens() > before || (standin.request(nullptr, 5, &now) && now.sends == 0);
+        },
+        kRerequestBound);
+    const bool ok = requested && rerequest >= 0 && opens() == before;
+    if (!ok) ++fault.failed;
+    check(ok, "%s: no re-request within %.1f s (%s)", fault.name,
+          std::chrono::duration<double>(kRerequestBound).count(),
+          !requested      ? "no clock request"
+          : rerequest < 0 ? "timed out"
+                          : "reconnected");
+    if (ok) {
+        expectReconnect(fault, before, fault.bound);
+        note("re-request after %.2f s, reconnect %.2f s later", rerequest, fault.last);
     }
+    standin.startFrameThread(30);
 }
+
+void openFailures(Fault& fault, uint64_t before) {
+    const uint64_t failedBefore = standin.snapshot().failedOpens;
+    standin.setOpenResult(static_cast<int32_t>(0x80004005u));
+    standin.loseConnections();
+    pauseFor(seconds(11));
+    const bool refused = standin.snapshot().failedOpens > failedBefore && opens() == before;
+    if (!refused) ++fault.failed;
+    check(refused, "%s: no refused attempt, or an open while refused", fault.name);
+    standin.setOpenResult(0);
+    expectReconnect(fault, before, fault.bound);
+}
+
+// Faults with a bound must end in a reconnect within it; the others must leave the connection
+// alone.
+Fault faults[] = {
+    {"QUIT", kKeepAliveBound,
+     [](Fault& f, uint64_t before) {
+         standin.quit();
+         expectReconnect(f, before, f.bound);
+     }},
+    {"crash without QUIT", kKeepAliveBound,
+     [](Fault& f, uint64_t before) {
+         standin.loseConnections();
+         expectReconnect(f, before, f.bound);
+     }},
+    {"keep-alive silence", kKeepAliveBound,
+     [](Fault& f, uint64_t before) {
+         standin.setKeepAliveAnswers(0);
+         expectReconnect(f, before, f.bound);
+         standin.setKeepAliveAnswers(1);
+     }},
+    {"data stream stall", kStallReconnectBound, &dataStreamStall},
+    {"clock stall",
+     {},
+     [](Fault& f, uint64_t before) {
+         standin.setClockStalled(1);
+         expectCalm(f, before, seconds(8));
+         standin.setClockStalled(0);
+     }},
+    {"pause and resume",
+     {},
+     [](Fault& f, uint64_t before) {
+         standin.setPaused(1);
+         pauseFor(seconds(7));
+         standin.setPaused(0);
+         expectCalm(f, before, seconds(4));
+     }},
+    {"crashed event",
+     {},
+     [](Fault& f, uint64_t before) {
+         standin.crash();
+         expectCalm(f, before, seconds(6));
+     }},
+    {"flight loaded",
+     {},
+     [](Fault& f, uint64_t before) {
+         standin.loadFlight("flights/soak.flt");
+         expectCalm(f, before, seconds(6));
+     }},
+    {"open failures", kSearchBound, &openFailures},
+    {"sim stop and start",
+     {},
+     [](Fault& f, uint64_t before) {
+         standin.setSimRunning(0);
+         pauseFor(seconds(6));
+         standin.setSimRunning(1);
+         expectCalm(f, before, seconds(4));
+     }},
+};
+
+double toSeconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     double minutes = 10.0;
-    uint32_t seed = static_cast<uint32_t>(std::random_device{}());
-    int onlyFault = -1;
+    auto seed = static_cast<uint32_t>(std::random_device{}());
+    std::vector<Fault*> order;
     for (int i = 1; i + 1 < argc; i += 2) {
         if (std::strcmp(argv[i], "--minutes") == 0) minutes = std::atof(argv[i + 1]);
-        if (std::strcmp(argv[i], "--seed") == 0)
+        if (std::strcmp(argv[i], "--seed") == 0) {
             seed = static_cast<uint32_t>(std::atol(argv[i + 1]));
-        if (std::strcmp(argv[i], "--fault") == 0) {
-            for (int k = 0; k < kFaultKinds; ++k) {
-                if (std::strcmp(argv[i + 1], faultResults[k].name) == 0) onlyFault = k;
-            }
-            if (onlyFault < 0) {
-                std::fprintf(stderr, "unknown fault \"%s\"; the faults are:\n", argv[i + 1]);
-                for (const FaultResult& r : faultResults) std::fprintf(stderr, "  %s\n", r.name);
-                return 2;
-            }
         }
+        if (std::strcmp(argv[i], "--fault") != 0) continue;
+        for (Fault& fault : faults) {
+            if (std::strcmp(argv[i + 1], fault.name) == 0) order.push_back(&fault);
+        }
+        if (order.empty()) {
+            std::fprintf(stderr, "unknown fault \"%s\"; the faults are:\n", argv[i + 1]);
+            for (const Fault& fault : faults) std::fprintf(stderr, "  %s\n", fault.name);
+            return 2;
+        }
+    }
+    if (order.empty()) {
+        for (Fault& fault : faults) order.push_back(&fault);
     }
     runStart = Clock::now();
     const auto runEnd = runStart + std::chrono::duration_cast<Clock::duration>(
@@ -587,98 +539,71 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "soak: %s\n", module.error().c_str());
         return 2;
     }
-    std::atomic<uint64_t>* callbacks = &callbackCalls;
-    module->setDigitOutProc([callbacks](unsigned int, bool) {
-        callbacks->fetch_add(1, std::memory_order_relaxed);
+    const auto count = [](auto...) {
+        callbackCalls.fetch_add(1, std::memory_order_relaxed);
         return true;
-    });
-    module->setDisplayProc([callbacks](unsigned int, std::string) {
-        callbacks->fetch_add(1, std::memory_order_relaxed);
-        return true;
-    });
-    module->setServoProc([callbacks](unsigned int, double) {
-        callbacks->fetch_add(1, std::memory_order_relaxed);
-        return true;
-    });
-    module->setServoSpeedProc([callbacks](unsigned int, double) {
-        callbacks->fetch_add(1, std::memory_order_relaxed);
-        return true;
-    });
-    module->setPwmProc([callbacks](unsigned int, double) {
-        callbacks->fetch_add(1, std::memory_order_relaxed);
-        return true;
-    });
+    };
+    module->setDigitOutProc(count);
+    module->setDisplayProc(count);
+    module->setServoProc(count);
+    module->setServoSpeedProc(count);
+    module->setPwmProc(count);
 
     // Phase 1: the client library is missing; the module searches but cannot connect.
     module->start({});
     note("started without the client library");
-    bool everConnected = false;
-    const auto missingUntil = Clock::now() + seconds(7);
-    while (Clock::now() < missingUntil) {
-        everConnected = everConnected || module->getConnectStatus();
-        std::this_thread::sleep_for(milliseconds(20));
-    }
-    check(!everConnected, "connected while the client library was missing");
+    const bool connectedEarly =
+        helmbridge::testing::eventually([] { return module->getConnectStatus(); }, seconds(7));
+    check(!connectedEarly, "connected while the client library was missing");
     fs::copy_file(bin / "libSimConnect.so", scratch / "libSimConnect.so");
-    const auto libraryBack = Clock::now();
-    const double bound = std::chrono::duration<double>(kSearchBound).count();
-    while (!module->getConnectStatus() && Clock::now() - libraryBack < kSearchBound) {
-        std::this_thread::sleep_for(milliseconds(10));
-    }
-    const double bindLatency = secondsSince(libraryBack);
-    check(module->getConnectStatus(), "no connection %.1f s after the client library appeared",
-          bound);
-    note("client library in place: connected after %.2f s (bound %.1f s)", bindLatency, bound);
+    const double bindLatency = waitUntil([] { return module->getConnectStatus(); }, kSearchBound);
+    check(bindLatency >= 0, "no connection %.1f s after the client library appeared",
+          toSeconds(kSearchBound));
+    note("client library in place: connected after %.2f s (bound %.1f s)", bindLatency,
+         toSeconds(kSearchBound));
     if (!standin.load(scratch / "libSimConnect.so")) return 2;
     standin.setCloseDelay(100);  // every reconnect and Stop waits as long as with the real library
     standin.startFrameThread(30);
-    waitUntil([] { return standin.datumCount(nullptr, 3009) == 1; }, seconds(10));
+    waitUntil([] { return standin.datumCount(nullptr, fenixA320::DEF_CLOCK) == 1; }, seconds(10));
 
-    // Phase 2: traffic and faults until the time is up.
-    std::vector<int32_t> digitIds = idsOf(module->getList[0]);
-    std::vector<int32_t> encoderIds = idsOf(module->getList[1]);
-    std::vector<int32_t> analogIds = idsOf(module->getList[2]);
-    // Grow the stand-in's record once (no drain for a few seconds), so later drains reuse it.
+    // Phase 2: traffic and faults until the time is up. The stand-in's record grows once (no
+    // drain for a few seconds), so that later drains reuse it.
     drainPaused.store(true);
     std::thread drainer(drainLoop);
-    std::thread hostA(hostInputA, seed + 1, digitIds, encoderIds);
-    std::thread hostB(hostInputB, seed + 2, analogIds, encoderIds);
+    std::thread hostA(hostInput, 0, seed + 1);
+    std::thread hostB(hostInput, 1, seed + 2);
     std::thread output(outputCycle);
     pauseFor(seconds(6));
     drainPaused.store(false);
 
     std::mt19937 random(seed);
-    std::vector<FaultKind> order;
-    for (int k = 0; k < kFaultKinds; ++k) {
-        if (onlyFault < 0 || onlyFault == k) order.push_back(static_cast<FaultKind>(k));
-    }
-    const double total = std::chrono::duration<double>(runEnd - runStart).count();
+    const double total = toSeconds(runEnd - runStart);
     const auto warmedUp = runStart + std::chrono::duration_cast<Clock::duration>(
                                          std::chrono::duration<double>(std::max(30.0, total / 4)));
     long rssWarm = -1;
     std::size_t next = order.size();
     while (Clock::now() + seconds(15) < runEnd) {
         if (rssWarm < 0 && Clock::now() >= warmedUp) {
-            rssWarm = processUsage().memoryKb;
+            rssWarm = helmbridge::testing::processUsage().memoryKb;
             note("warmed up: resident %ld KiB", rssWarm);
         }
         if (next == order.size()) {
             std::shuffle(order.begin(), order.end(), random);
             next = 0;
         }
-        injectFault(order[next++]);
+        Fault& fault = *order[next++];
+        ++fault.count;
+        note("fault: %s", fault.name);
+        fault.inject(fault, opens());
         pauseFor(milliseconds(2000 + random() % 3000));
     }
     while (Clock::now() < runEnd) pauseFor(milliseconds(200));
-    if (rssWarm < 0) rssWarm = processUsage().memoryKb;
-    const long rssEnd = processUsage().memoryKb;
+    if (rssWarm < 0) rssWarm = helmbridge::testing::processUsage().memoryKb;
+    const long rssEnd = helmbridge::testing::processUsage().memoryKb;
 
     // Wind down: stop the host, then the module, and read the last records.
     stopping.store(true);
-    hostA.join();
-    hostB.join();
-    output.join();
-    drainer.join();
+    for (std::thread* thread : {&hostA, &hostB, &output, &drainer}) thread->join();
     for (int i : {0, 1, 2, 4}) beats[i].lastNs.store(0);
     beats[3].beat();  // Stop must return within the hang limit too
     const auto stopStart = Clock::now();
@@ -697,12 +622,11 @@ int main(int argc, char** argv) {
     int qualifying = 0;
     int heldMissing = 0;
     int latestMissing = 0;
-    for (void* handle : handleOrder) {
-        const ConnectionTrack& track = tracks[handle];
+    for (const auto& [handle, track] : tracks) {
         if (track.dispatches < kMinDispatchesToQualify) continue;
         ++qualifying;
-        if (track.heldWrites == 0) ++heldMissing;
-        if (track.latestWrites == 0) ++latestMissing;
+        heldMissing += track.heldWrites == 0 ? 1 : 0;
+        latestMissing += track.latestWrites == 0 ? 1 : 0;
     }
     check(encoderWritesChecked > 0, "no ordered encoder writes reached the simulator");
     check(gapsInsideBatch == 0, "%" PRIu64 " gaps in ordered writes within a connection",
@@ -722,21 +646,21 @@ int main(int argc, char** argv) {
     std::printf(
         "client library missing: no connection for 7 s; connected %.2f s after it "
         "appeared (bound %.1f s)\n",
-        bindLatency, bound);
+        bindLatency, toSeconds(kSearchBound));
     std::printf("%-20s %6s %7s  %s\n", "fault", "count", "failed",
                 "reconnect: slowest / bound (data stream stall: after the re-request)");
-    for (const FaultResult& r : faultResults) {
-        if (r.bound > 0) {
-            std::printf("%-20s %6d %7d  %.2f s / %.1f s\n", r.name, r.count, r.failed, r.worst,
-                        r.bound);
+    for (const Fault& f : faults) {
+        std::printf("%-20s %6d %7d  ", f.name, f.count, f.failed);
+        if (f.bound == Clock::duration{}) {
+            std::printf("none expected\n");
         } else {
-            std::printf("%-20s %6d %7d  none expected\n", r.name, r.count, r.failed);
+            std::printf("%.2f s / %.1f s\n", f.worst, toSeconds(f.bound));
         }
     }
     std::printf(
         "connections: %zu seen, %d lived >= %d dispatches; held values resumed on %d, "
         "latest values on %d\n",
-        handleOrder.size(), qualifying, kMinDispatchesToQualify, qualifying - heldMissing,
+        tracks.size(), qualifying, kMinDispatchesToQualify, qualifying - heldMissing,
         qualifying - latestMissing);
     std::printf("ordered encoder writes checked: %" PRIu64 ", gaps: %" PRIu64 " (plus %" PRIu64
                 " at a drain boundary; calls lost to drains: %" PRIu64 ")\n",
