@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 #include "fuzz/fuzz_targets.h"
@@ -13,41 +14,28 @@
 namespace {
 
 namespace fs = std::filesystem;
-
 using Target = int (*)(const uint8_t*, std::size_t);
 
-// Runs every file of the folder through the target; returns how many there were.
-int replayFolder(const char* folder, Target target) {
-    const fs::path directory = fs::path(HELMBRIDGE_SOURCE_DIR) / "fuzz" / folder;
-    int replayed = 0;
-    for (const auto& entry : fs::directory_iterator(directory)) {
-        if (!entry.is_regular_file()) continue;
-        std::ifstream stream(entry.path(), std::ios::binary);
-        const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(stream)),
-                                         std::istreambuf_iterator<char>());
-        SCOPED_TRACE(entry.path().string());
-        EXPECT_EQ(target(bytes.data(), bytes.size()), 0);
-        ++replayed;
+TEST(FuzzInputs, SeedCorporaAndCrashInputsRunCleanly) {
+    const std::pair<const char*, Target> folders[] = {
+        {"regressions/sim_message", &helmbridge::fuzz::simMessageOneInput},
+        {"corpus/sim_message", &helmbridge::fuzz::simMessageOneInput},
+        {"corpus/export_surface", &helmbridge::fuzz::exportSurfaceOneInput},
+    };
+    helmbridge::fuzz::alwaysRunWorkers = true;
+    for (const auto& [folder, target] : folders) {
+        int replayed = 0;
+        for (const auto& entry :
+             fs::directory_iterator(fs::path(HELMBRIDGE_SOURCE_DIR) / "fuzz" / folder)) {
+            std::ifstream stream(entry.path(), std::ios::binary);
+            const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(stream)),
+                                             std::istreambuf_iterator<char>());
+            EXPECT_EQ(target(bytes.data(), bytes.size()), 0) << entry.path();
+            ++replayed;
+        }
+        EXPECT_GT(replayed, 0) << folder;
     }
-    return replayed;
-}
-
-class FuzzInputs : public ::testing::Test {
-  protected:
-    void SetUp() override { helmbridge::fuzz::alwaysRunWorkers = true; }
-    void TearDown() override { helmbridge::fuzz::alwaysRunWorkers = false; }
-};
-
-TEST_F(FuzzInputs, SimMessageCrashInputsRunCleanly) {
-    EXPECT_GT(replayFolder("regressions/sim_message", &helmbridge::fuzz::simMessageOneInput), 0);
-}
-
-TEST_F(FuzzInputs, SimMessageSeedCorpusRunsCleanly) {
-    EXPECT_GT(replayFolder("corpus/sim_message", &helmbridge::fuzz::simMessageOneInput), 0);
-}
-
-TEST_F(FuzzInputs, ExportSurfaceSeedCorpusRunsCleanly) {
-    EXPECT_GT(replayFolder("corpus/export_surface", &helmbridge::fuzz::exportSurfaceOneInput), 0);
+    helmbridge::fuzz::alwaysRunWorkers = false;
 }
 
 }  // namespace

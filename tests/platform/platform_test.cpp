@@ -64,7 +64,7 @@ TEST(ProcessProbe, WalksOnlyNumericEntriesAndReadsArgvZero) {
     EXPECT_EQ(platform::probeProcessDirectory(proc.path().c_str()),
               platform::ProbeResult::kNotFound);
 
-    addProcess("77", "Z:\\MSFS\\FLIGHTSIMULATOR2024.EXE\0-fastlaunch"s);
+    addProcess("79", "Z:\\MSFS\\FLIGHTSIMULATOR2024.EXE\0-fastlaunch"s);
     EXPECT_EQ(platform::probeProcessDirectory(proc.path().c_str()), platform::ProbeResult::kFound);
 
     EXPECT_EQ(platform::probeProcessDirectory((proc.path() / "missing").c_str()),

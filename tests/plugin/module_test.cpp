@@ -35,9 +35,6 @@ TEST_F(ModuleTest, StartAndStopThroughTheExports) {
     EXPECT_TRUE(module->stop());  // stop before any start is harmless
     EXPECT_TRUE(module->start({"ignored", "arguments"}));
     EXPECT_FALSE(module->updateOutput());  // nothing connected yet
-    EXPECT_FALSE(module->setDigitIn(1, true));
-    EXPECT_FALSE(module->setEncoder(1, 1));
-    EXPECT_FALSE(module->setAnalog(89, 7.0));
     EXPECT_TRUE(module->stop());
     EXPECT_FALSE(module->getConnectStatus());
 }

@@ -20,6 +20,8 @@
 #include <optional>
 #include <string>
 
+#include "catalogue/encoders.h"
+#include "catalogue/position_switches.h"
 #include "host/system.h"
 #include "simulator/standin_control.h"
 #include "tests/support/eventually.h"
@@ -51,10 +53,10 @@ enum Failure {
 
 // A selector contact and the switch variable it sets (EFIS Capt ND mode NAV: position 2), and
 // an encoder (FCU speed) with its variable.
-constexpr int32_t kNdModeNav = 501;
 constexpr const char* kNdModeVariable = "S_FCU_EFIS1_ND_MODE";
-constexpr int32_t kSpeedEncoder = 5;
+constexpr int32_t kNdModeNav = fenixA320::firstPositionOf(kNdModeVariable) + 2;
 constexpr const char* kSpeedEncoderVariable = "E_FCU_SPEED";
+constexpr int32_t kSpeedEncoder = fenixA320::encoderIdOf(kSpeedEncoderVariable);
 
 int fail(Failure code, const std::string& what) {
     std::printf("unload probe: %s\n", what.c_str());
