@@ -170,6 +170,25 @@ consteval std::array<PositionGroup, kPositionSwitchCount> locatePositionGroups(
 inline constexpr std::array<PositionGroup, kPositionSwitchCount> kPositionGroups =
     locatePositionGroups(std::make_index_sequence<kPositionSwitchCount>{});
 
+// The order in which the input side holds and feeds the switches, and so the order in which a
+// replay writes them: the rows above, except that both ND mode selectors come before both ND
+// zoom selectors.
+consteval std::array<std::size_t, kPositionSwitchCount> feedOrder() {
+    std::array<std::size_t, kPositionSwitchCount> order{};
+    std::size_t efis1Zoom = 0;
+    std::size_t efis2Mode = 0;
+    for (std::size_t i = 0; i < kPositionSwitchCount; ++i) {
+        order[i] = i;
+        if (kPositionSwitches[i].variable == "S_FCU_EFIS1_ND_ZOOM") efis1Zoom = i;
+        if (kPositionSwitches[i].variable == "S_FCU_EFIS2_ND_MODE") efis2Mode = i;
+    }
+    order[efis1Zoom] = efis2Mode;
+    order[efis2Mode] = efis1Zoom;
+    return order;
+}
+inline constexpr std::array<std::size_t, kPositionSwitchCount> kPositionSwitchFeedOrder =
+    feedOrder();
+
 // The position group that holds digital input `id`, or nullptr.
 constexpr const PositionGroup* positionGroupOf(int32_t id) {
     for (const PositionGroup& g : kPositionGroups) {

@@ -19,16 +19,23 @@ std::array<AnalogFilter, kAnalogFilterCount> makeAnalogFilters() {
     return filters;
 }
 
-// A negative id, converted, lies beyond the tables too.
-int analogFilterFor(int32_t id) {
+namespace {
+
+// The entry of analog input `id` in a table by id, or `outside`; a negative id, converted, lies
+// beyond the table too.
+template <typename T>
+T byId(const std::array<T, kAnalogCount>& table, int32_t id, T outside) {
     const auto index = static_cast<std::size_t>(id);
-    return index < kDeadBandOfId.size() ? static_cast<int>(kDeadBandOfId[index]) : -1;
+    return index < table.size() ? table[index] : outside;
 }
 
-AnalogRule analogRule(int32_t id) {
-    const auto index = static_cast<std::size_t>(id);
-    return index < kAnalogRuleOfId.size() ? kAnalogRuleOfId[index] : AnalogRule::Raw;
+}  // namespace
+
+int analogFilterFor(int32_t id) {
+    return static_cast<int>(byId(kDeadBandOfId, id, DeadBand::None));
 }
+
+AnalogRule analogRule(int32_t id) { return byId(kAnalogRuleOfId, id, AnalogRule::Raw); }
 
 double throttleDetent(double v) {
     if (!(v >= -1.0 && v <= 1.0)) throw std::out_of_range("Value must be in range [-1.0, 1.0]");

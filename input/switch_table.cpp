@@ -1,23 +1,16 @@
 // The multi-position switch table.
 #include "input/switch_table.h"
 
-#include <algorithm>
-#include <string_view>
-
 namespace fenixA320 {
 
 namespace {
 
-// The core holds the switches in the catalogue's order, except that both ND mode selectors come
-// before both ND zoom selectors: the order in which a replay writes them.
-constexpr std::string_view kFedLater = "S_FCU_EFIS1_ND_ZOOM";
-constexpr std::string_view kFedEarlier = "S_FCU_EFIS2_ND_MODE";
-
 constexpr std::array<SwitchRow, kSwitchCount> buildRows() {
     std::array<SwitchRow, kSwitchCount> rows{};
     for (std::size_t i = 0; i < kSwitchCount; ++i) {
-        const PositionSwitchRow& s = kPositionSwitches[i];
-        const PositionGroup& g = kPositionGroups[i];
+        const std::size_t slot = kPositionSwitchFeedOrder[i];
+        const PositionSwitchRow& s = kPositionSwitches[slot];
+        const PositionGroup& g = kPositionGroups[slot];
         SwitchRow& row = rows[i];
         row.key = g.number;
         row.firstContact = g.first;
@@ -31,13 +24,6 @@ constexpr std::array<SwitchRow, kSwitchCount> buildRows() {
             }
         }
     }
-    const auto at = [&rows](std::string_view variable) {
-        for (std::size_t i = 0; i < kSwitchCount; ++i) {
-            if (kPositionSwitches[i].variable == variable) return rows.begin() + i;
-        }
-        return rows.end();
-    };
-    std::iter_swap(at(kFedLater), at(kFedEarlier));
     return rows;
 }
 

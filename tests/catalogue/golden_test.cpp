@@ -20,6 +20,7 @@
 
 #include "catalogue/behaviour.h"
 #include "catalogue/bindings.h"
+#include "catalogue/position_switches.h"
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
@@ -102,6 +103,11 @@ std::vector<std::string> bindingLines() {
             lines.push_back(joined({name, std::to_string(r.index), std::to_string(definition),
                                     std::to_string(r.signalId), std::string(r.variable)}));
         }
+    }
+    // The order in which the input side holds the switches, by switchVar slot.
+    for (std::size_t i = 0; i < kPositionSwitchCount; ++i) {
+        lines.push_back(
+            joined({"switchFeed", std::to_string(i), std::to_string(kPositionSwitchFeedOrder[i])}));
     }
     const std::pair<const char*, std::vector<int32_t>> idSets[] = {
         {"heldDigitIn", {kHeldDigitInIds.begin(), kHeldDigitInIds.end()}},

@@ -45,6 +45,11 @@ TEST(AnalogConversions, RangeEndsAndFlapDetents) {
     EXPECT_EQ(flapDetent(2.76, 2), 3);
     EXPECT_EQ(flapDetent(-0.2, 3), 0);
     EXPECT_EQ(flapDetent(9.0, 1), 1);
+    // Exactly 0.25 away is not close enough; every detent up to FULL (4) can be captured.
+    EXPECT_EQ(flapDetent(2.25, 1), 1);
+    EXPECT_EQ(flapDetent(4.1, 1), 4);
+    EXPECT_EQ(flapDetent(1.0, 3), 1);
+    EXPECT_EQ(flapDetent(4.9, 2), 2);
 }
 
 TEST(AnalogFilter, EachSignalHasItsDeadBand) {
@@ -63,6 +68,10 @@ TEST(AnalogFilter, EachSignalHasItsDeadBand) {
         EXPECT_FALSE(filter.admit(c.id, 10.0 + c.band * 0.9)) << c.id;
         EXPECT_TRUE(filter.admit(c.id, 10.0 + c.band * 1.1)) << c.id;
     }
+    // A move of exactly the dead band passes (0.5 and 10.5 are exact).
+    AnalogFilter& tilt = filters[static_cast<std::size_t>(analogFilterFor(122))];
+    EXPECT_TRUE(tilt.admit(122, 10.0));
+    EXPECT_TRUE(tilt.admit(122, 10.5));
     for (const int32_t unfiltered : {0, 60, 73, 77, 82, 88, 124, 125, 500, -1}) {
         EXPECT_EQ(analogFilterFor(unfiltered), -1) << unfiltered;
     }
