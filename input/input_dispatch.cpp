@@ -38,7 +38,8 @@ int16_t slotOf(const std::vector<int16_t>& slots, int32_t id) {
 
 std::vector<int16_t> denseSlots(const std::vector<VarBinding>& table, std::size_t size) {
     std::vector<int16_t> slots(size, -1);
-    for (const VarBinding& row : table) slots.at(static_cast<std::size_t>(row.key)) = row.slot;
+    for (const VarBinding& row : table)
+        slots.at(static_cast<std::size_t>(row.key)) = static_cast<int16_t>(row.slot);
     return slots;
 }
 
@@ -115,8 +116,9 @@ void InputSide::BuildInputLogic(TimePoint now) {
     for (const SwitchRow& row : switchRows()) {
         std::map<int32_t, int32_t> positions;
         for (int32_t i = 0; i < row.contactCount; ++i) {
-            positions.emplace(row.firstContact + i, row.positions[static_cast<std::size_t>(i)]);
-            in.digitalRoutes.at(static_cast<std::size_t>(row.firstContact + i)).switchIndex =
+            const int32_t contact = row.firstContact + i;
+            positions.emplace(contact, row.positions[static_cast<std::size_t>(i)]);
+            in.digitalRoutes.at(static_cast<std::size_t>(contact)).switchIndex =
                 static_cast<int8_t>(in.switches.size());
         }
         SwitchEntry entry;
@@ -321,7 +323,7 @@ bool InputSide::analogEvent(int32_t id, double v) {
     const VarBinding& row = analogBindings()[slot];
     // A signal without a variable of its own must not write the placeholder, a real key.
     if (!isPlaceholder(row))
-        writes_.SetLatestWrite(static_cast<uint32_t>(row.defineId), &stored, 8);
+        writes_.SetLatestWrite(static_cast<uint32_t>(row.defineId), &stored, sizeof stored);
 
     const auto memory = lastAnalog_.find(id);
     if (memory != lastAnalog_.end()) {

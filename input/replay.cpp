@@ -101,7 +101,7 @@ void InputSide::inputReplayPass(TimePoint now, const ReplayGate& gate) {
     }
 }
 
-void InputSide::rudderTrimPass(TimePoint) {
+void InputSide::rudderTrimPass(TimePoint /*now*/) {
     InputState& in = state_;
     if (!built()) return;
     const int16_t slot = in.switches[static_cast<std::size_t>(in.rudderTrimSwitch)].varSlot;

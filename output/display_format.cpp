@@ -52,7 +52,7 @@ std::string zeroPaddedWithSuffix(int value, int width, std::string_view suffix) 
     char digits[16];
     const uint64_t magnitude =
         value < 0 ? 0 - static_cast<uint64_t>(static_cast<int64_t>(value)) : value;
-    const auto end = std::to_chars(digits, digits + sizeof digits, magnitude).ptr;
+    auto* const end = std::to_chars(digits, digits + sizeof digits, magnitude).ptr;
     const auto count = static_cast<int>(end - digits);
     const int sign = value < 0 ? 1 : 0;
     const int zeros = width - sign - count > 0 ? width - sign - count : 0;

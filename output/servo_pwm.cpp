@@ -34,7 +34,7 @@ double TrimSpeedFilter::add(double sample) {
     double weighted = 0.0;
     double weights = 0.0;
     for (std::size_t i = 0; i < count; ++i) {
-        const double weight = static_cast<double>(i + 1);
+        const auto weight = static_cast<double>(i + 1);
         weighted += weight * samples[i];
         weights += weight;
     }
