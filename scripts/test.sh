@@ -98,14 +98,14 @@ else
     status=1
 fi
 
-# clang-tidy (.clang-tidy says which checks) over the translation units of the module, the
+# clang-tidy (.clang-tidy says which checks) over every translation unit of the module, the
 # stand-in and the host tool, with the linux preset's compile commands, two files at a time. Any
 # finding fails.
 step "clang-tidy"
 configure_preset linux
 tidy_started=$SECONDS
 grep -o '"file": "[^"]*"' build/linux/compile_commands.json | cut -d'"' -f4 \
-    | grep -E "^$(pwd -P)/(plugin|core|store|platform|simulator|host)/" \
+    | grep -E "^$(pwd -P)/(plugin|core|store|platform|catalogue|input|output|simulator|host)/" \
     | sort -u >build/tidy.files
 if xargs -P 2 -n 1 clang-tidy -p build/linux --quiet <build/tidy.files >build/tidy.log 2>&1; then
     echo "clang-tidy: $(wc -l <build/tidy.files) files clean in $((SECONDS - tidy_started)) s"
