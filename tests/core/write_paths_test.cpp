@@ -1,4 +1,4 @@
-// The containers of the ordered and latest-value paths: overflow, dirty order and its growth.
+// The latest-value container: dirty order, and its growth while wrapped.
 #include "store/write_paths.h"
 
 #include <gtest/gtest.h>
@@ -7,17 +7,6 @@
 
 namespace fenixA320 {
 namespace {
-
-WriteRecord record(uint32_t id) { return WriteRecord{id, 0, 8, {}}; }
-
-TEST(WriteQueue, FullQueueForgetsTheOldest) {
-    WriteQueue queue;
-    for (uint32_t i = 0; i < WriteQueue::kCapacity; ++i) EXPECT_TRUE(queue.push(record(i)));
-    EXPECT_FALSE(queue.push(record(20000)));
-    EXPECT_EQ(queue.size(), 20000u);
-    EXPECT_EQ(queue.at(0).defineId, 1u);
-    EXPECT_EQ(queue.at(19999).defineId, 20000u);
-}
 
 std::vector<uint32_t> flushIds(LatestWrites& latest, std::size_t max) {
     std::vector<uint32_t> ids;
