@@ -344,19 +344,21 @@ TEST_F(ConnectionTest, StallReconnectSurvivesTheKeepAliveAnswer) {
     EXPECT_TRUE(link.connected());
 }
 
-// Readings within 60 of the last accepted one keep the stream fresh; a jump or a step back
-// does not, so the re-request comes five seconds after the last accepted reading.
+// Readings within 60 of the last accepted one, the same reading included, keep the stream fresh;
+// a jump or a step back does not, so the re-request comes five seconds after the last accepted
+// reading.
 TEST_F(StallWatchdog, OnlyAcceptedReadingsKeepTheStreamFresh) {
     clockAt(3, 150.0);
-    clockAt(4, 140.0);
-    passes(1, 7);
+    clockAt(4, 150.0);
+    clockAt(5, 140.0);
+    passes(1, 8);
     EXPECT_EQ(rerequests(), 0u);
-    clockAt(8, 211.0);  // more than 60 beyond 150
-    clockAt(8, 120.0);  // behind it
-    passes(8, 8);
+    clockAt(9, 211.0);  // more than 60 beyond 150
+    clockAt(9, 120.0);  // behind it
+    passes(9, 9);
     EXPECT_EQ(rerequests(), 3u);
-    clockAt(9, 151.0);  // recovers the pending re-request: no reconnect follows
-    passes(9, 14);
+    clockAt(10, 151.0);  // recovers the pending re-request: no reconnect follows
+    passes(10, 17);
     EXPECT_EQ(opens(), 0u);
 }
 
