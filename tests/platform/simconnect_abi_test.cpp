@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace sc = helmbridge::simconnect;
 
@@ -58,4 +59,45 @@ TEST(SimConnectAbi, ReadMessageRefusesMessagesShorterThanTheirStructure) {
     ASSERT_TRUE(sc::readMessage(state.received(), 284, answer));
     EXPECT_EQ(answer.dwInteger, 1u);
     EXPECT_STREQ(answer.szString, "Sim");
+}
+
+// The client library's numbers; the stand-in shares this header, so only this pins them.
+TEST(SimConnectAbi, EnumsCarryTheClientLibrarysNumbers) {
+    const std::pair<int, int> named[] = {{sc::SIMCONNECT_RECV_ID_NULL, 0},
+                                         {sc::SIMCONNECT_RECV_ID_EXCEPTION, 1},
+                                         {sc::SIMCONNECT_RECV_ID_OPEN, 2},
+                                         {sc::SIMCONNECT_RECV_ID_QUIT, 3},
+                                         {sc::SIMCONNECT_RECV_ID_EVENT, 4},
+                                         {sc::SIMCONNECT_RECV_ID_EVENT_FILENAME, 6},
+                                         {sc::SIMCONNECT_RECV_ID_EVENT_FRAME, 7},
+                                         {sc::SIMCONNECT_RECV_ID_SIMOBJECT_DATA, 8},
+                                         {sc::SIMCONNECT_RECV_ID_SYSTEM_STATE, 15},
+                                         {sc::SIMCONNECT_EXCEPTION_ERROR, 1},
+                                         {sc::SIMCONNECT_EXCEPTION_SIZE_MISMATCH, 2},
+                                         {sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 3},
+                                         {sc::SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 7},
+                                         {sc::SIMCONNECT_EXCEPTION_INVALID_DATA_TYPE, 18},
+                                         {sc::SIMCONNECT_EXCEPTION_INVALID_ARRAY, 21},
+                                         {sc::SIMCONNECT_EXCEPTION_INVALID_ENUM, 27},
+                                         {sc::SIMCONNECT_PERIOD_NEVER, 0},
+                                         {sc::SIMCONNECT_PERIOD_SECOND, 4},
+                                         {sc::SIMCONNECT_DATATYPE_INVALID, 0}};
+    for (const auto& [value, number] : named) EXPECT_EQ(value, number);
+    // Periods and data types are numbered from 0 in the library's order, without gaps.
+    int next = 0;
+    for (const int period : {sc::SIMCONNECT_PERIOD_ONCE, sc::SIMCONNECT_PERIOD_VISUAL_FRAME,
+                             sc::SIMCONNECT_PERIOD_SIM_FRAME, sc::SIMCONNECT_PERIOD_SECOND}) {
+        EXPECT_EQ(period, ++next);
+    }
+    next = 0;
+    for (const int type : {sc::SIMCONNECT_DATATYPE_INT32, sc::SIMCONNECT_DATATYPE_INT64,
+                           sc::SIMCONNECT_DATATYPE_FLOAT32, sc::SIMCONNECT_DATATYPE_FLOAT64,
+                           sc::SIMCONNECT_DATATYPE_STRING8, sc::SIMCONNECT_DATATYPE_STRING32,
+                           sc::SIMCONNECT_DATATYPE_STRING64, sc::SIMCONNECT_DATATYPE_STRING128,
+                           sc::SIMCONNECT_DATATYPE_STRING256, sc::SIMCONNECT_DATATYPE_STRING260,
+                           sc::SIMCONNECT_DATATYPE_STRINGV, sc::SIMCONNECT_DATATYPE_INITPOSITION,
+                           sc::SIMCONNECT_DATATYPE_MARKERSTATE, sc::SIMCONNECT_DATATYPE_WAYPOINT,
+                           sc::SIMCONNECT_DATATYPE_LATLONALT, sc::SIMCONNECT_DATATYPE_XYZ}) {
+        EXPECT_EQ(type, ++next);
+    }
 }
