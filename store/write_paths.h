@@ -71,8 +71,6 @@ class WriteQueue {
         return n;
     }
 
-    const WriteRecord& at(std::size_t i) const { return ring_[(head_ + i) % kCapacity]; }
-    std::size_t size() const { return size_; }
     void clear() { head_ = size_ = 0; }
 
   private:
@@ -111,10 +109,6 @@ class LatestWrites {
         return sent;
     }
 
-    const PendingWrite* find(uint32_t defineId) const {
-        const auto it = entries_.find(defineId);
-        return it == entries_.end() ? nullptr : &it->second;
-    }
     std::size_t dirtyCount() const { return dirty_; }
     void clear() {
         entries_.clear();

@@ -77,11 +77,11 @@ TEST_F(Writer, NothingIsStoredWhileTheLinkIsDown) {
 }
 
 TEST_F(Writer, LatestValuesFlushTwentyAtMostEveryTenMilliseconds) {
-    writes.writerPass(at(0));
     latest(2001, 1.0);
     latest(2001, 2.0);
     for (uint32_t id = 2002; id < 2026; ++id) latest(id, 3.0);  // 25 dirty in all
-    writes.writerPass(at(5));  // 5 ms after the start: no flush yet
+    writes.writerPass(at(0));  // the writer's first pass starts the interval
+    writes.writerPass(at(5));
     EXPECT_TRUE(log.empty());
     writes.writerPass(at(10));
     EXPECT_EQ(log.size(), 20u);
@@ -90,6 +90,13 @@ TEST_F(Writer, LatestValuesFlushTwentyAtMostEveryTenMilliseconds) {
     EXPECT_EQ(log.size(), 20u);
     writes.writerPass(at(20));
     EXPECT_EQ(log.size(), 25u);
+
+    writes.clear();  // as Stop leaves it: the next run's first pass starts the interval anew
+    latest(2001, 4.0);
+    writes.writerPass(at(100));
+    EXPECT_EQ(log.size(), 25u);
+    writes.writerPass(at(110));
+    EXPECT_EQ(sent(2001), (std::vector<double>{2.0, 4.0}));
 }
 
 TEST_F(Writer, HeldValuesAreResentEveryTwoHundredMillisecondsUntilCleared) {
