@@ -337,7 +337,7 @@ TEST_F(InputReplay, AnalogValuesComeBackEveryTwoSecondsThroughTheirDeadBands) {
     drain();
     passes(t0, milliseconds(50), seconds(4));
     EXPECT_EQ(latestCount, 2);  // 2077 at 2 s and at 4 s
-    EXPECT_EQ(helmbridge::testing::FakeSystem::sleeps.load(), 4);
+    EXPECT_EQ(helmbridge::testing::FakeSystem::slept.load(), milliseconds(8));  // 2 ms after each
 }
 
 // The switch is spring-loaded: its contacts only move a position that the refresher writes.

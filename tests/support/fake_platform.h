@@ -22,7 +22,8 @@ struct FakeSystem {
     // Synthetic: now() is `time` and sleeps return at once. Otherwise the steady clock.
     static inline std::atomic<bool> synthetic{true};
     static inline std::atomic<platform::TimePoint> time{platform::TimePoint{}};
-    static inline std::atomic<int> sleeps{0};  // sleeps asked for since the reset
+    // Time asked to sleep since the reset, in synthetic time.
+    static inline std::atomic<platform::Nanos> slept{platform::Nanos{0}};
 
     static void reset(platform::ProbeResult found = platform::ProbeResult::kNotFound) {
         probe = found;
@@ -30,7 +31,7 @@ struct FakeSystem {
         libraryMissing = false;
         synthetic = true;
         time = platform::TimePoint{} + std::chrono::seconds(1000);
-        sleeps = 0;
+        slept = platform::Nanos{0};
         std::lock_guard lock(linesMutex);
         lines.clear();
     }
@@ -63,8 +64,11 @@ inline const platform::Platform& fakePlatform() {
         [] { return std::string("SimConnect.dll not loaded; tried: here (missing)"); },
         [] { return FakeSystem::synthetic ? FakeSystem::time.load() : platform::steadyNow(); },
         [](platform::TimePoint wakeAt) {
-            ++FakeSystem::sleeps;
-            if (!FakeSystem::synthetic) platform::steadySleepUntil(wakeAt);
+            if (!FakeSystem::synthetic) {
+                platform::steadySleepUntil(wakeAt);
+                return;
+            }
+            FakeSystem::slept = FakeSystem::slept.load() + (wakeAt - FakeSystem::time.load());
         },
     };
     return fake;
