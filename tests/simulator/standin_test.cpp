@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <iterator>
@@ -17,7 +16,6 @@
 #include "platform/simconnect_abi.h"
 #include "platform/simconnect_binding.h"
 #include "simulator/standin_control.h"
-#include "tests/support/eventually.h"
 
 namespace sc = helmbridge::simconnect;
 namespace standin = helmbridge::standin;
@@ -448,31 +446,4 @@ TEST_F(StandIn, RefusedCallsReturnOkAndTheNextDispatchNamesCodeSendIdAndArgument
     EXPECT_EQ(counters.rejectedCalls, std::size(refusals));
     EXPECT_EQ(counters.deliveredExceptions, std::size(refusals));
     EXPECT_EQ(counters.misuseCalls, 0u);
-}
-
-TEST_F(StandIn, RealTimeFramesServeADispatchingClientWhileTheControlThreadWrites) {
-    sc::HANDLE handle = openQuiet();
-    add(handle, 3005, "L:I_FCU_AP1");
-    request(handle, 0, 3005, sc::SIMCONNECT_PERIOD_SIM_FRAME);
-    ASSERT_EQ(standinStartFrameThread(200), 1);
-    EXPECT_EQ(standinStartFrameThread(200), 0);
-
-    std::atomic<bool> stop{false};
-    std::atomic<int> blocks{0};
-    std::thread dispatcher([&] {
-        while (!stop) {
-            std::vector<Bytes> messages;
-            api->callDispatch(handle, &collect, &messages);
-            blocks += static_cast<int>(withRequest(messages, 0).size());
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-    });
-    EXPECT_TRUE(helmbridge::testing::eventually([&] {
-        standinSetLVar("I_FCU_AP1", static_cast<double>(blocks.load()));
-        return blocks >= 50;
-    }));
-    stop = true;
-    dispatcher.join();
-    standinStopFrameThread();
-    EXPECT_GE(standinFrameCount(), 50u);
 }

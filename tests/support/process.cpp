@@ -202,17 +202,6 @@ ChildProcess::~ChildProcess() {
     if (started()) wait(std::chrono::seconds(0));
 }
 
-namespace {
-
-std::string readFile(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-}  // namespace
-
 ProgramRun runProgram(const fs::path& program, const std::vector<std::string>& arguments,
                       const std::string& input, const fs::path& directory,
                       std::chrono::seconds timeout) {
@@ -220,11 +209,13 @@ ProgramRun runProgram(const fs::path& program, const std::vector<std::string>& a
     const ChildProcess::Streams streams{scratch.path() / "in", scratch.path() / "out",
                                         scratch.path() / "err"};
     std::ofstream(streams.in, std::ios::binary) << input;
-    ProgramRun run;
-    run.exitCode = ChildProcess(program, arguments, directory, &streams).wait(timeout);
-    run.out = readFile(streams.out);
-    run.err = readFile(streams.err);
-    return run;
+    const auto readFile = [](const fs::path& file) {
+        std::ostringstream text;
+        text << std::ifstream(file, std::ios::binary).rdbuf();
+        return text.str();
+    };
+    const int exitCode = ChildProcess(program, arguments, directory, &streams).wait(timeout);
+    return {exitCode, readFile(streams.out), readFile(streams.err)};
 }
 
 std::vector<std::string> lines(const std::string& text) {
