@@ -19,7 +19,8 @@ TEST(SimulatorProcessName, MatchesEitherExecutableInAnyLetterCaseAndNothingElse)
     for (const char* name :
          {"FlightSimulator.exe", "flightsimulator.EXE", "FLIGHTSIMULATOR2024.EXE",
           "FlightSimulator2024.exe", "C:\\Games\\MSFS\\FlightSimulator.exe",
-          "/opt/msfs/FlightSimulator2024.exe", "Z:/games\\flightSimulator.exe"}) {
+          "/opt/msfs/FlightSimulator2024.exe", "Z:/games\\flightSimulator.exe",
+          "C:\\games/FlightSimulator.exe"}) {
         EXPECT_TRUE(platform::isSimulatorProcessName(name)) << name;
     }
     for (const char* name : {"", "FlightSimulator", "FlightSimulator.ex", "FlightSimulator.exe.bak",

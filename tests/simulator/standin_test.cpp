@@ -254,9 +254,10 @@ TEST_F(StandIn, FrameAndSecondRequestsDeliverPackedBlocksUnlessStalledPausedOrSt
     ASSERT_EQ(blocks.size(), 21u);
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         const auto block = read<sc::SIMCONNECT_RECV_SIMOBJECT_DATA>(blocks[i]);
-        EXPECT_EQ(block.dwSize, sc::kSimObjectDataHeaderSize + 3 * 8);
-        EXPECT_EQ(block.dwDefineID, 3005u);
-        EXPECT_EQ(block.dwDefineCount, 3u);
+        // One object's block (entry 1 of 1) of three packed values.
+        EXPECT_EQ((std::array{block.dwSize, block.dwDefineID, block.dwDefineCount,
+                              block.dwentrynumber, block.dwoutof}),
+                  (std::array<sc::DWORD, 5>{sc::kSimObjectDataHeaderSize + 3 * 8, 3005, 3, 1, 1}));
         EXPECT_EQ(payloadDouble(blocks[i], 0), 1.5);
         EXPECT_EQ(payloadDouble(blocks[i], 1), i < 20 ? -2.0 : 1.0) << i;
         EXPECT_EQ(payloadDouble(blocks[i], 2), 0.0);
