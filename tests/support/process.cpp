@@ -2,6 +2,7 @@
 #include "tests/support/process.h"
 
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <sstream>
 
@@ -190,9 +191,7 @@ ProcessUsage processUsage() {
         if (name == "Threads:") fields >> now.threads;
         if (name == "VmRSS:") fields >> now.memoryKb;
     }
-    for ([[maybe_unused]] const auto& fd : fs::directory_iterator("/proc/self/fd")) {
-        ++now.handles;
-    }
+    now.handles = std::distance(fs::directory_iterator("/proc/self/fd"), {});
     return now;
 }
 
