@@ -338,9 +338,8 @@ TEST_F(StandIn, KeepAliveIsAnsweredUntilSwitchedOffThroughADispatchThatMayReente
     const auto messages = dispatch(handle);
     ASSERT_EQ(messages.size(), 1u);
     const auto state = read<sc::SIMCONNECT_RECV_SYSTEM_STATE>(messages[0]);
-    EXPECT_EQ(state.dwID, id(sc::SIMCONNECT_RECV_ID_SYSTEM_STATE));
-    EXPECT_EQ(state.dwRequestID, 3u);
-    EXPECT_EQ(state.dwInteger, 1u);
+    EXPECT_EQ((std::array{state.dwID, state.dwRequestID, state.dwInteger}),
+              (std::array{id(sc::SIMCONNECT_RECV_ID_SYSTEM_STATE), 3u, 1u}));
 
     standinSetKeepAliveAnswers(0);
     EXPECT_EQ(api->requestSystemState(handle, 3, "Sim"), sc::kSOk);
