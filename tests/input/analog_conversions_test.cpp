@@ -12,13 +12,13 @@ namespace {
 
 TEST(ThrottleDetent, MapsTheLeverOntoZeroToFiveWithDetentsAndRejectsTheRest) {
     // Just below -0.04 is the last step (1.6) before the idle band; 0.05 gives 2.072, which
-    // snaps to the detent.
+    // snaps to the detent; -0.19 gives exactly 0.9, which does not.
     const struct {
         double lever, expected;
-    } cases[] = {{-1.0, 0.0},  {-0.5, 0.5 / 0.9},   {-0.1, 1.0},
-                 {-0.05, 1.5}, {-0.04 - 1e-9, 1.6}, {-0.04, 2.0},
-                 {0.0, 2.0},   {0.05, 2.0},         {0.5, 0.5 / 0.69 + 2.0},
-                 {0.69, 3.0},  {0.86, 4.0},         {1.0, 5.0}};
+    } cases[] = {{-1.0, 0.0},  {-0.5, 0.5 / 0.9},       {-0.1, 1.0},  {-0.19, 0.9},
+                 {-0.05, 1.5}, {-0.04 - 1e-9, 1.6},     {-0.04, 2.0}, {0.0, 2.0},
+                 {0.05, 2.0},  {0.5, 0.5 / 0.69 + 2.0}, {0.69, 3.0},  {0.86, 4.0},
+                 {1.0, 5.0}};
     for (const auto& c : cases) EXPECT_NEAR(throttleDetent(c.lever), c.expected, 1e-6) << c.lever;
     for (const double bad : {1.2, -1.0000001, std::numeric_limits<double>::quiet_NaN(),
                              std::numeric_limits<double>::infinity()}) {

@@ -2,7 +2,6 @@
 // and their replay and the rudder-trim refresher, on synthetic time and on threads.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -103,6 +102,8 @@ TEST_F(InputDispatch, BoundInputsQueueEveryEventInOrderAndAudioKeysAlsoFillTheir
     digital(449, true);
     digital(2, true);  // ADF transfer: ungated audio-panel key with a binding of its own
     digital(digitInBindings().front().key, true);  // the first row of the table
+    digital(834, true);  // RMP1 ADF and ATC 0: the first keys of their gated panels' blocks
+    digital(822, true);
     const Writes writes = drain();
     EXPECT_EQ(writes.queuedTo(kEngMaster1), (Values{1.0, 0.0, 1.0}));
     EXPECT_EQ(writes.queuedTo(2), Values{1.0});
@@ -113,6 +114,8 @@ TEST_F(InputDispatch, BoundInputsQueueEveryEventInOrderAndAudioKeysAlsoFillTheir
     EXPECT_EQ(block[0], 1.0);  // ADF1 transfer, the first row
     EXPECT_EQ(block[1], 1.0);
     EXPECT_EQ(block[2], 0.0);
+    EXPECT_EQ(writes.latest.at(DEF_RMP_KEYS)[0], 1.0);
+    EXPECT_EQ(writes.latest.at(DEF_ATC_KEYS)[0], 1.0);
 }
 
 TEST_F(InputDispatch, InputsNoRouteTakesWriteNothing) {

@@ -243,15 +243,15 @@ TEST_F(DisplayFormat, TransponderDigitCountChoosesCodeAndWidth) {
     const struct {
         double digits, standby;
         const char* text;
-    } standbyCases[] = {{2, 7, "07"}, {8, 7, "00000007"}, {2, 12345, "12345"},
-                        {0, 7, ""},   {9, 7, ""},         {3, -7, ""}};
+    } standbyCases[] = {{2, 7, "07"}, {8, 7, "00000007"}, {2, 12345, "12345"}, {0, 7, ""},
+                        {9, 7, ""},   {3, -7, ""},        {2, 0, "00"}};
     for (const auto& c : standbyCases) {
         setDisplay(133, c.digits);
         setDisplay(79, c.standby);
         expectTexts({{82, 1200, c.text}});
     }
     setDisplay(133, 4.0);
-    expectTexts({{82, 1200, "1200"}, {82, 7, "0007"}, {82, -1, ""}});
+    expectTexts({{82, 1200, "1200"}, {82, 0, "0000"}, {82, -1, ""}});
 }
 
 }  // namespace
