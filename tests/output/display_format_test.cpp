@@ -244,7 +244,7 @@ TEST_F(DisplayFormat, TransponderDigitCountChoosesCodeAndWidth) {
         double digits, standby;
         const char* text;
     } standbyCases[] = {{2, 7, "07"}, {8, 7, "00000007"}, {2, 12345, "12345"}, {0, 7, ""},
-                        {9, 7, ""},   {3, -7, ""},        {2, 0, "00"}};
+                        {9, 7, ""},   {3, -7, ""},        {2, 0, "00"},        {1, 7, "7"}};
     for (const auto& c : standbyCases) {
         setDisplay(133, c.digits);
         setDisplay(79, c.standby);
