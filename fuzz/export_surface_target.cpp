@@ -20,6 +20,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "catalogue/signal_lists.h"
 #include "core/core.h"
@@ -127,44 +128,30 @@ struct HostSink {
     std::atomic<std::size_t> textBytes{0};
 };
 
+// A host function when the bit is set, else none.
+template <typename Proc, typename Fn>
+Proc when(uint8_t bit, Fn fn) {
+    return bit != 0 ? Proc(std::move(fn)) : Proc();
+}
+
 void installCallbacks(FenixA320Core& core, uint8_t how, HostSink& sink) {
     const bool throwing = (how & 0x20) != 0;
-    if ((how & 1) != 0) {
-        core.SetDigitOutProc([&sink, throwing](unsigned int, bool) {
-            if (throwing) throw std::runtime_error("host");
-            ++sink.calls;
-            return true;
-        });
-    } else {
-        core.SetDigitOutProc(nullptr);
-    }
-    if ((how & 2) != 0) {
-        core.SetDisplayProc([&sink](unsigned int, std::string text) {
-            sink.textBytes += text.size();
-            return true;
-        });
-    } else {
-        core.SetDisplayProc(nullptr);
-    }
-    if ((how & 4) != 0) {
-        core.SetServoProc([&sink](unsigned int, double) { return ++sink.calls != 0; });
-    } else {
-        core.SetServoProc(nullptr);
-    }
-    if ((how & 8) != 0) {
-        core.SetServoSpeedProc([&sink](unsigned int, double) { return ++sink.calls != 0; });
-    } else {
-        core.SetServoSpeedProc(nullptr);
-    }
+    core.SetDigitOutProc(when<fenixA320::DigitOutProc>(how & 1, [&sink, throwing](unsigned, bool) {
+        if (throwing) throw std::runtime_error("host");
+        return ++sink.calls != 0;
+    }));
+    core.SetDisplayProc(when<fenixA320::DisplayProc>(how & 2, [&sink](unsigned, std::string text) {
+        sink.textBytes += text.size();
+        return true;
+    }));
+    const auto count = [&sink](unsigned, double) { return ++sink.calls != 0; };
+    core.SetServoProc(when<fenixA320::ServoProc>(how & 4, count));
+    core.SetServoSpeedProc(when<fenixA320::ServoProc>(how & 8, count));
     // The PWM wrapper is always installed; around an empty host function it sends nothing.
-    if ((how & 16) != 0) {
-        core.SetPwmProc([&sink, throwing](unsigned int, double) {
-            if (throwing) throw std::runtime_error("host");
-            return ++sink.calls != 0;
-        });
-    } else {
-        core.SetPwmProc(nullptr);
-    }
+    core.SetPwmProc(when<fenixA320::PwmProc>(how & 16, [&sink, throwing](unsigned, double) {
+        if (throwing) throw std::runtime_error("host");
+        return ++sink.calls != 0;
+    }));
 }
 
 // The exports' own gating: inputs only while connected, nothing thrown across the boundary.
@@ -183,22 +170,11 @@ void hostAnalog(FenixA320Core& core, int32_t id, double value) {
 }
 
 const fenixA320::SigList& listByIndex(uint8_t index) {
-    switch (index % 7) {
-        case 0:
-            return fenixA320::digitInSigList();
-        case 1:
-            return fenixA320::encoderSigList();
-        case 2:
-            return fenixA320::analogSigList();
-        case 3:
-            return fenixA320::digitOutSigList();
-        case 4:
-            return fenixA320::displaySigList();
-        case 5:
-            return fenixA320::servoSigList();
-        default:
-            return fenixA320::pwmSigList();
-    }
+    static const fenixA320::SigList& (*const kGetters[])() = {
+        fenixA320::digitInSigList,  fenixA320::encoderSigList, fenixA320::analogSigList,
+        fenixA320::digitOutSigList, fenixA320::displaySigList, fenixA320::servoSigList,
+        fenixA320::pwmSigList};
+    return kGetters[index % std::size(kGetters)]();
 }
 
 // Real workers cost a second or more per Start/Stop: allowed once every 30 s of fuzzing.
@@ -210,29 +186,31 @@ bool workersAllowed() {
     return true;
 }
 
-// Host calls while the workers run: inputs and output cycles only, as a host may make them.
+// An input from the host, or an output cycle: what a host may call while the workers run.
+void hostCall(FenixA320Core& core, Reader& in, uint8_t which) {
+    switch (which) {
+        case 0:
+            hostDigitIn(core, pickId(in, fenixA320::digitInSigList()), (in.byte() & 1) != 0);
+            break;
+        case 1:
+            hostEncoder(core, pickId(in, fenixA320::encoderSigList()), in.value<int32_t>());
+            break;
+        case 2: {
+            const int32_t id = pickId(in, fenixA320::analogSigList());
+            hostAnalog(core, id, pickDouble(in));
+            break;
+        }
+        default:
+            core.UpdateOutput();
+            break;
+    }
+}
+
 void runWithWorkers(FenixA320Core& core, Reader& in) {
     realSleeps = true;
     core.Start();
     const TimePoint until = SteadyClock::now() + std::chrono::milliseconds(300);
-    for (int i = 0; i < 64 && !in.done(); ++i) {
-        switch (in.byte() % 4) {
-            case 0:
-                hostDigitIn(core, pickId(in, fenixA320::digitInSigList()), (in.byte() & 1) != 0);
-                break;
-            case 1:
-                hostEncoder(core, pickId(in, fenixA320::encoderSigList()), in.value<int32_t>());
-                break;
-            case 2: {
-                const int32_t id = pickId(in, fenixA320::analogSigList());
-                hostAnalog(core, id, pickDouble(in));
-                break;
-            }
-            default:
-                core.UpdateOutput();
-                break;
-        }
-    }
+    for (int i = 0; i < 64 && !in.done(); ++i) hostCall(core, in, in.byte() % 4);
     while (SteadyClock::now() < until) core.UpdateOutput();
     core.Stop();
     realSleeps = false;
@@ -287,7 +265,8 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
     TimePoint now = SteadyClock::now();
 
     for (int op = 0; op < 512 && !in.done(); ++op) {
-        switch (in.byte() % 16) {
+        const uint8_t selector = in.byte() % 16;
+        switch (selector) {
             case 0:  // the connection loop decides to (re)connect, the OPEN message registers
                 if (opens() >= kMaxConnects) break;
                 for (int pass = 0; pass < 5; ++pass)
@@ -302,22 +281,16 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
                 }
                 core->dispatchPass(now);
                 break;
-            case 2:
+            case 2:  // digital inputs, encoders, analog values, output cycles: 2:1:2:1
             case 3:
-                hostDigitIn(*core, pickId(in, fenixA320::digitInSigList()), (in.byte() & 1) != 0);
-                break;
             case 4:
-                hostEncoder(*core, pickId(in, fenixA320::encoderSigList()), in.value<int32_t>());
-                break;
             case 5:
-            case 6: {
-                const int32_t id = pickId(in, fenixA320::analogSigList());
-                hostAnalog(*core, id, pickDouble(in));
+            case 6:
+            case 7: {
+                static constexpr uint8_t kCall[] = {0, 0, 1, 2, 2, 3};
+                hostCall(*core, in, kCall[selector - 2]);
                 break;
             }
-            case 7:
-                core->UpdateOutput();
-                break;
             case 8: {
                 fenixA320::SigList host{{-1, {"stale", "entry"}}};
                 host = listByIndex(in.byte());
