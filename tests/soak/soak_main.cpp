@@ -72,28 +72,34 @@ constexpr uint32_t kParkingBrakeDefinition = fenixA320::variableNumberOf("S_MIP_
 constexpr int32_t kMinDispatchesToQualify = 100;  // about 1.5 s of a connection's life
 
 // ---- The stand-in's control functions, resolved from the file the module bound -------------
+// Member name and exported name (after "standin") of each control function the soak calls.
+#define SOAK_STANDIN_FUNCTIONS(X)                \
+    X(startFrameThread, StartFrameThread);       \
+    X(stopFrameThread, StopFrameThread);         \
+    X(setOpenResult, SetOpenResult);             \
+    X(setKeepAliveAnswers, SetKeepAliveAnswers); \
+    X(setCloseDelay, SetCloseDelay);             \
+    X(quit, Quit);                               \
+    X(loseConnections, LoseConnections);         \
+    X(openConnectionCount, OpenConnectionCount); \
+    X(setPaused, SetPaused);                     \
+    X(setSimRunning, SetSimRunning);             \
+    X(crash, Crash);                             \
+    X(loadFlight, LoadFlight);                   \
+    X(setClockStalled, SetClockStalled);         \
+    X(request, Request);                         \
+    X(datumCount, DatumCount);                   \
+    X(callCount, CallCount);                     \
+    X(call, Call);                               \
+    X(callData, CallData);                       \
+    X(clearCalls, ClearCalls);                   \
+    X(counters, Counters);
+
 struct Standin {
     helmbridge::host::Library library;
-    decltype(&standinStartFrameThread) startFrameThread = nullptr;
-    decltype(&standinStopFrameThread) stopFrameThread = nullptr;
-    decltype(&standinSetOpenResult) setOpenResult = nullptr;
-    decltype(&standinSetKeepAliveAnswers) setKeepAliveAnswers = nullptr;
-    decltype(&standinSetCloseDelay) setCloseDelay = nullptr;
-    decltype(&standinQuit) quit = nullptr;
-    decltype(&standinLoseConnections) loseConnections = nullptr;
-    decltype(&standinOpenConnectionCount) openConnectionCount = nullptr;
-    decltype(&standinSetPaused) setPaused = nullptr;
-    decltype(&standinSetSimRunning) setSimRunning = nullptr;
-    decltype(&standinCrash) crash = nullptr;
-    decltype(&standinLoadFlight) loadFlight = nullptr;
-    decltype(&standinSetClockStalled) setClockStalled = nullptr;
-    decltype(&standinRequest) request = nullptr;
-    decltype(&standinDatumCount) datumCount = nullptr;
-    decltype(&standinCallCount) callCount = nullptr;
-    decltype(&standinCall) call = nullptr;
-    decltype(&standinCallData) callData = nullptr;
-    decltype(&standinClearCalls) clearCalls = nullptr;
-    decltype(&standinCounters) counters = nullptr;
+#define SOAK_DECLARE(member, name) decltype(&standin##name) member = nullptr
+    SOAK_STANDIN_FUNCTIONS(SOAK_DECLARE)
+#undef SOAK_DECLARE
 
     bool load(const fs::path& file) {
         std::string error;
@@ -103,26 +109,9 @@ struct Standin {
             if (out == nullptr) std::fprintf(stderr, "stand-in lacks %s\n", name);
             complete = complete && out != nullptr;
         };
-        resolve(startFrameThread, "standinStartFrameThread");
-        resolve(stopFrameThread, "standinStopFrameThread");
-        resolve(setOpenResult, "standinSetOpenResult");
-        resolve(setKeepAliveAnswers, "standinSetKeepAliveAnswers");
-        resolve(setCloseDelay, "standinSetCloseDelay");
-        resolve(quit, "standinQuit");
-        resolve(loseConnections, "standinLoseConnections");
-        resolve(openConnectionCount, "standinOpenConnectionCount");
-        resolve(setPaused, "standinSetPaused");
-        resolve(setSimRunning, "standinSetSimRunning");
-        resolve(crash, "standinCrash");
-        resolve(loadFlight, "standinLoadFlight");
-        resolve(setClockStalled, "standinSetClockStalled");
-        resolve(request, "standinRequest");
-        resolve(datumCount, "standinDatumCount");
-        resolve(callCount, "standinCallCount");
-        resolve(call, "standinCall");
-        resolve(callData, "standinCallData");
-        resolve(clearCalls, "standinClearCalls");
-        resolve(counters, "standinCounters");
+#define SOAK_RESOLVE(member, name) resolve(member, "standin" #name)
+        SOAK_STANDIN_FUNCTIONS(SOAK_RESOLVE)
+#undef SOAK_RESOLVE
         return complete;
     }
     StandinCounters snapshot() const {
