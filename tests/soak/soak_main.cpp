@@ -336,8 +336,13 @@ void drainLoop() {
 // ---- Faults ----------------------------------------------------------------------------------
 struct Fault {
     const char* name;
-    Clock::duration bound;  // of the reconnect it must end in; zero: the connection must stay
-    void (*inject)(Fault& fault, uint64_t opensBefore);
+    Clock::duration bound{};  // of the reconnect it must end in; zero: the connection must stay
+    // Set, held, cleared: after a reconnect when there is a bound, else before the calm span.
+    void (*set)() = [] {};
+    void (*clear)() = [] {};
+    Clock::duration held{};
+    Clock::duration calm{};
+    void (*run)(Fault& fault, uint64_t opensBefore) = nullptr;  // its own sequence and checks
     int count = 0;
     int failed = 0;
     double worst = 0.0;  // seconds, of the measured latency
@@ -430,60 +435,44 @@ void openFailures(Fault& fault, uint64_t before) {
 // Faults with a bound must end in a reconnect within it; the others must leave the connection
 // alone.
 Fault faults[] = {
-    {"QUIT", kKeepAliveBound,
-     [](Fault& f, uint64_t before) {
-         standin.quit();
-         expectReconnect(f, before, f.bound);
-     }},
-    {"crash without QUIT", kKeepAliveBound,
-     [](Fault& f, uint64_t before) {
-         standin.loseConnections();
-         expectReconnect(f, before, f.bound);
-     }},
-    {"keep-alive silence", kKeepAliveBound,
-     [](Fault& f, uint64_t before) {
-         standin.setKeepAliveAnswers(0);
-         expectReconnect(f, before, f.bound);
-         standin.setKeepAliveAnswers(1);
-     }},
-    {"data stream stall", kStallReconnectBound, &dataStreamStall},
-    {"clock stall",
-     {},
-     [](Fault& f, uint64_t before) {
-         standin.setClockStalled(1);
-         expectCalm(f, before, seconds(8));
-         standin.setClockStalled(0);
-     }},
-    {"pause and resume",
-     {},
-     [](Fault& f, uint64_t before) {
-         standin.setPaused(1);
-         pauseFor(seconds(7));
-         standin.setPaused(0);
-         expectCalm(f, before, seconds(4));
-     }},
-    {"crashed event",
-     {},
-     [](Fault& f, uint64_t before) {
-         standin.crash();
-         expectCalm(f, before, seconds(6));
-     }},
-    {"flight loaded",
-     {},
-     [](Fault& f, uint64_t before) {
-         standin.loadFlight("flights/soak.flt");
-         expectCalm(f, before, seconds(6));
-     }},
-    {"open failures", kSearchBound, &openFailures},
-    {"sim stop and start",
-     {},
-     [](Fault& f, uint64_t before) {
-         standin.setSimRunning(0);
-         pauseFor(seconds(6));
-         standin.setSimRunning(1);
-         expectCalm(f, before, seconds(4));
-     }},
+    {.name = "QUIT", .bound = kKeepAliveBound, .set = [] { standin.quit(); }},
+    {.name = "crash without QUIT",
+     .bound = kKeepAliveBound,
+     .set = [] { standin.loseConnections(); }},
+    {.name = "keep-alive silence",
+     .bound = kKeepAliveBound,
+     .set = [] { standin.setKeepAliveAnswers(0); },
+     .clear = [] { standin.setKeepAliveAnswers(1); }},
+    {.name = "data stream stall", .bound = kStallReconnectBound, .run = &dataStreamStall},
+    {.name = "clock stall",
+     .set = [] { standin.setClockStalled(1); },
+     .clear = [] { standin.setClockStalled(0); },
+     .held = seconds(8)},
+    {.name = "pause and resume",
+     .set = [] { standin.setPaused(1); },
+     .clear = [] { standin.setPaused(0); },
+     .held = seconds(7),
+     .calm = seconds(4)},
+    {.name = "crashed event", .set = [] { standin.crash(); }, .calm = seconds(6)},
+    {.name = "flight loaded",
+     .set = [] { standin.loadFlight("flights/soak.flt"); },
+     .calm = seconds(6)},
+    {.name = "open failures", .bound = kSearchBound, .run = &openFailures},
+    {.name = "sim stop and start",
+     .set = [] { standin.setSimRunning(0); },
+     .clear = [] { standin.setSimRunning(1); },
+     .held = seconds(6),
+     .calm = seconds(4)},
 };
+
+void inject(Fault& fault, uint64_t before) {
+    if (fault.run != nullptr) return fault.run(fault, before);
+    fault.set();
+    pauseFor(fault.held);
+    if (fault.bound != Clock::duration{}) expectReconnect(fault, before, fault.bound);
+    fault.clear();
+    if (fault.bound == Clock::duration{}) expectCalm(fault, before, fault.calm);
+}
 
 double toSeconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
 
@@ -583,7 +572,7 @@ int main(int argc, char** argv) {
         Fault& fault = *order[next++];
         ++fault.count;
         note("fault: %s", fault.name);
-        fault.inject(fault, opens());
+        inject(fault, opens());
         pauseFor(milliseconds(2000 + random() % 3000));
     }
     while (Clock::now() < runEnd) pauseFor(milliseconds(200));
