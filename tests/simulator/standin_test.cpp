@@ -16,6 +16,7 @@
 #include "platform/simconnect_abi.h"
 #include "platform/simconnect_binding.h"
 #include "simulator/standin_control.h"
+#include "tests/support/eventually.h"
 
 namespace sc = helmbridge::simconnect;
 namespace standin = helmbridge::standin;
@@ -446,4 +447,13 @@ TEST_F(StandIn, RefusedCallsReturnOkAndTheNextDispatchNamesCodeSendIdAndArgument
     EXPECT_EQ(counters.rejectedCalls, std::size(refusals));
     EXPECT_EQ(counters.deliveredExceptions, std::size(refusals));
     EXPECT_EQ(counters.misuseCalls, 0u);
+}
+
+// Clients dispatching against these frames are the connection and plugin tests'.
+TEST_F(StandIn, RealTimeFramesRunFromOneThreadStartedOnce) {
+    ASSERT_EQ(standinStartFrameThread(200), 1);
+    EXPECT_EQ(standinStartFrameThread(200), 0);
+    EXPECT_TRUE(helmbridge::testing::eventually([] { return standinFrameCount() >= 20; }));
+    standinStopFrameThread();
+    EXPECT_EQ(standinStartFrameThread(0), 0);  // no rate: no thread
 }
