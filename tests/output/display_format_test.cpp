@@ -103,26 +103,6 @@ TEST(DisplayText, TiesRoundToEven) {
     EXPECT_EQ(displayValueText(-0.0234375, buffer), "-0.023438");
 }
 
-TEST(DisplayValueText, MatchesPrintfFixedNotation) {
-    std::vector<double> values = {
-        0.0,       -0.0,      -1e-9,    250.0,   -1.5, 0.0078125, 2.5e-7,
-        0.0000005, 1.0000005, 123.4565, 1.0 / 3, 1e9,  -1e9,      999999999.9999995};
-    std::mt19937_64 rng(20240611);
-    for (int i = 0; i < 2000; ++i) {
-        const auto micro =
-            static_cast<int64_t>(rng() % 2'000'000'000'000'000) - 1'000'000'000'000'000;
-        values.push_back(static_cast<double>(micro) / 1e6);
-        values.push_back(static_cast<double>(micro % 100'000'000) / 128.0);  // exact ties
-    }
-    for (const double v : values) {
-        if (!printfIsReference(v, 6)) continue;
-        char expected[32];
-        std::snprintf(expected, sizeof expected, "%f", v);
-        ValueTextBuffer buffer;
-        ASSERT_EQ(displayValueText(v, buffer), expected) << v;
-    }
-}
-
 TEST(ZeroPadded, MatchesPrintf) {
     for (const int v : {0, 7, -7, 42, -42, 999, 1000, -1000, 12345, 99999999, -99999999,
                         std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
@@ -134,32 +114,41 @@ TEST(ZeroPadded, MatchesPrintf) {
     }
 }
 
-// Every precision, width and pad the display formats use, on random values, exact ties, signed
-// zeros and tiny negatives.
+// The value text (six decimals) and every precision, width and pad the display formats use, on
+// random values up to 1e9, exact ties, signed zeros and tiny negatives.
 TEST(FixedText, MatchesPrintf) {
-    std::vector<double> values = {0.0,   -0.0, -1e-9, 0.05,   0.15,    0.25,  -0.25,
-                                  2.675, 1e9,  -1e9,  99.995, 0.00005, 123.45};
-    std::mt19937_64 rng(20261123);
-    for (int i = 0; i < 3000; ++i) {
-        const auto n = static_cast<int64_t>(rng() % 2'000'000'000) - 1'000'000'000;
-        values.push_back(static_cast<double>(n) / 1e4);
-        values.push_back(static_cast<double>(n % 100'000) / 64.0);  // exact binary ties
+    std::vector<double> values = {
+        0.0,   -0.0,   -1e-9, 0.05,      0.15,     0.25,      -0.25,
+        2.675, 99.995, 5e-5,  123.45,    -1.5,     2.5e-7,    1.0 / 3,
+        1e9,   -1e9,   5e-7,  1.0000005, 123.4565, 0.0078125, 999999999.9999995};
+    std::mt19937_64 rng(20240611);
+    for (int i = 0; i < 2000; ++i) {
+        const auto micro =
+            static_cast<int64_t>(rng() % 2'000'000'000'000'000) - 1'000'000'000'000'000;
+        values.push_back(static_cast<double>(micro) / 1e6);
+        values.push_back(static_cast<double>(micro % 100'000'000) / 128.0);  // exact ties
+        values.push_back(static_cast<double>(micro % 1'000'000'000) / 1e4);
+        values.push_back(static_cast<double>(micro % 100'000) / 64.0);
     }
     struct Format {
         int precision, width;
         char pad;
         const char* printf;
     };
-    const Format formats[] = {
-        {1, 4, ' ', "%4.1f"},  {2, 0, ' ', "%.2f"},  {2, 5, '0', "%05.2f"},
-        {4, 7, '0', "%07.4f"}, {1, 7, ' ', "%7.1f"}, {3, 7, ' ', "%7.3f"},
-        {1, 0, ' ', "%.1f"},   {1, 9, '0', "%09.1f"}};  // zeros after the sign
+    const Format formats[] = {{1, 4, ' ', "%4.1f"},  {2, 0, ' ', "%.2f"},   {2, 5, '0', "%05.2f"},
+                              {4, 7, '0', "%07.4f"}, {1, 7, ' ', "%7.1f"},  {3, 7, ' ', "%7.3f"},
+                              {1, 0, ' ', "%.1f"},   {1, 9, '0', "%09.1f"},  // zeros after the sign
+                              {6, -1, ' ', "%f"}};                           // -1: the value text
     for (const Format& f : formats) {
         for (const double v : values) {
             if (!printfIsReference(v, f.precision)) continue;
             char expected[64];
             std::snprintf(expected, sizeof expected, f.printf, v);
-            ASSERT_EQ(fixedText(v, f.precision, f.width, f.pad), expected) << f.printf << " " << v;
+            ValueTextBuffer buffer;
+            ASSERT_EQ(f.width < 0 ? std::string(displayValueText(v, buffer))
+                                  : fixedText(v, f.precision, f.width, f.pad),
+                      expected)
+                << f.printf << " " << v;
         }
     }
     EXPECT_EQ(fixedText(2.5, 1, 4, ' ', "R"), "R 2.5");
