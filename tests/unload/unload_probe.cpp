@@ -36,21 +36,6 @@ using helmbridge::testing::moduleMapped;
 using helmbridge::testing::ProcessUsage;
 using helmbridge::testing::processUsage;
 
-// Exit codes, so the parent test can tell which check failed.
-enum Failure {
-    kUsage = 2,
-    kLoad = 3,
-    kNoConnection = 5,
-    kCallsDuringUnload = 6,
-    kCallsAtExit = 7,
-    kWorkersGone = 8,
-    kStillConnected = 9,
-    kStillMapped = 10,
-    kUnmappedTooEarly = 11,
-    kStaleCore = 12,
-    kGrowth = 13,
-};
-
 // A selector contact and the switch variable it sets (EFIS Capt ND mode NAV: position 2), and
 // an encoder (FCU speed) with its variable.
 constexpr const char* kNdModeVariable = "S_FCU_EFIS1_ND_MODE";
@@ -58,10 +43,11 @@ constexpr int32_t kNdModeNav = fenixA320::firstPositionOf(kNdModeVariable) + 2;
 constexpr const char* kSpeedEncoderVariable = "E_FCU_SPEED";
 constexpr int32_t kSpeedEncoder = fenixA320::encoderIdOf(kSpeedEncoderVariable);
 
-int fail(Failure code, const std::string& what) {
+// Every failed check exits with 1; its line tells which one it was.
+int fail(const std::string& what) {
     std::printf("unload probe: %s\n", what.c_str());
     std::fflush(stdout);
-    return code;
+    return 1;
 }
 
 uint64_t simulatorCalls() { return helmbridge::standin::counters().calls; }
@@ -75,9 +61,8 @@ void checkCallsAtExit() {
     if (expectedCallsAtExit < 0) return;
     const auto calls = static_cast<int64_t>(simulatorCalls());
     if (calls != expectedCallsAtExit) {
-        fail(kCallsAtExit,
-             "exit made " + std::to_string(calls - expectedCallsAtExit) + " simulator calls");
-        std::_Exit(kCallsAtExit);
+        fail("exit made " + std::to_string(calls - expectedCallsAtExit) + " simulator calls");
+        std::_Exit(1);
     }
 }
 
@@ -102,7 +87,7 @@ std::string describe(const ProcessUsage& u) {
 // Loads the module unless it is loaded, and hands it callbacks that live in this program: the
 // module's threads call into it.
 int load(LoadedModule& module) {
-    if (!module.loaded() && !module.load()) return fail(kLoad, module.error());
+    if (!module.loaded() && !module.load()) return fail(module.error());
     module->setDigitOutProc([](unsigned int, bool) { return true; });
     module->setServoProc([](unsigned int, double) { return true; });
     return 0;
@@ -113,7 +98,7 @@ int startConnected(LoadedModule& module) {
     module->start({});
     if (!eventually(
             [&] { return module->getConnectStatus() && standinDatumCount(nullptr, 3009) == 1; })) {
-        return fail(kNoConnection, "no connection to the stand-in");
+        return fail("no connection to the stand-in");
     }
     module->updateOutput();
     return 0;
@@ -124,8 +109,8 @@ int startConnected(LoadedModule& module) {
 int freshSession(LoadedModule& module, int run) {
     if (int failed = startConnected(module)) return failed;
     if (!eventually([&] { return variantLines() == run; })) {
-        return fail(kStaleCore, std::to_string(variantLines()) + " variant lines in run " +
-                                    std::to_string(run));
+        return fail(std::to_string(variantLines()) + " variant lines in run " +
+                    std::to_string(run));
     }
     standinSetLVar(kNdModeVariable, 0.0);
     module->setEncoder(kSpeedEncoder, 1);
@@ -134,10 +119,9 @@ int freshSession(LoadedModule& module, int run) {
             return helmbridge::standin::lvar(kSpeedEncoderVariable) == 1.0 &&
                    helmbridge::standin::lvar(kNdModeVariable) == 2.0;
         })) {
-        return fail(kStaleCore,
-                    "run " + std::to_string(run) + ": encoder count " +
-                        std::to_string(helmbridge::standin::lvar(kSpeedEncoderVariable)) +
-                        ", ND mode " + std::to_string(helmbridge::standin::lvar(kNdModeVariable)));
+        return fail("run " + std::to_string(run) + ": encoder count " +
+                    std::to_string(helmbridge::standin::lvar(kSpeedEncoderVariable)) +
+                    ", ND mode " + std::to_string(helmbridge::standin::lvar(kNdModeVariable)));
     }
     return 0;
 }
@@ -146,8 +130,8 @@ int freshSession(LoadedModule& module, int run) {
 int unloadStopped(LoadedModule& module) {
     const uint64_t before = simulatorCalls();
     module.unload();
-    if (simulatorCalls() != before) return fail(kCallsDuringUnload, "unload called SimConnect");
-    if (moduleMapped()) return fail(kStillMapped, "module still mapped after Stop and unload");
+    if (simulatorCalls() != before) return fail("unload called SimConnect");
+    if (moduleMapped()) return fail("module still mapped after Stop and unload");
     expectedCallsAtExit = static_cast<int64_t>(before);
     return 0;
 }
@@ -162,10 +146,10 @@ int stopUnloadReload(LoadedModule& module) {
     module->stop();
     module->stop();  // a second Stop gives back nothing more
     if (module->getConnectStatus() || standinOpenConnectionCount() != 0) {
-        return fail(kStillConnected, "still connected after Stop");
+        return fail("still connected after Stop");
     }
     // Stop gives back only the module's own reference: the host's keeps it loaded.
-    if (!moduleMapped()) return fail(kUnmappedTooEarly, "module unmapped by Stop");
+    if (!moduleMapped()) return fail("module unmapped by Stop");
     if (int failed = unloadStopped(module)) return failed;
 
     if (int failed = load(module)) return failed;
@@ -211,7 +195,7 @@ int cycles(LoadedModule& module) {
     if (end.threads > warm.threads + kAllowed.threads ||
         end.handles > warm.handles + kAllowed.handles ||
         end.memoryKb > warm.memoryKb + kAllowed.memoryKb) {
-        return fail(kGrowth, "after warm-up " + describe(warm) + ", at the end " + describe(end));
+        return fail("after warm-up " + describe(warm) + ", at the end " + describe(end));
     }
     return 0;
 }
@@ -219,7 +203,7 @@ int cycles(LoadedModule& module) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) return fail(kUsage, "usage: helmbridge_unload_probe MODE");
+    if (argc != 2) return fail("usage: helmbridge_unload_probe MODE");
     const std::string mode = argv[1];
     std::ofstream("SimConnect.cfg") << "[SimConnect]\n";
     std::atexit(&checkCallsAtExit);
@@ -239,13 +223,13 @@ int main(int argc, char** argv) {
     if (mode == "unload-running") {
         module->unload();
         // The module's own reference keeps the code mapped and the workers polling.
-        if (!moduleMapped()) return fail(kUnmappedTooEarly, "module unmapped under its workers");
+        if (!moduleMapped()) return fail("module unmapped under its workers");
         const uint64_t before = simulatorCalls();
         if (!eventually([&] { return simulatorCalls() > before + 10; })) {
-            return fail(kWorkersGone, "workers stopped after unload");
+            return fail("workers stopped after unload");
         }
         return 0;
     }
     if (mode == "exit-running") return 0;
-    return fail(kUsage, "unknown mode");
+    return fail("unknown mode");
 }
