@@ -128,9 +128,8 @@ std::atomic<bool> finished{false};
 std::atomic<int> failures{0};
 Clock::time_point runStart;
 
-double secondsSince(Clock::time_point t) {
-    return std::chrono::duration<double>(Clock::now() - t).count();
-}
+double toSeconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
+double secondsSince(Clock::time_point t) { return toSeconds(Clock::now() - t); }
 
 void print(const char* tag, const char* format, va_list args) {
     std::printf("[%7.1f s] %s", secondsSince(runStart), tag);
@@ -377,8 +376,7 @@ void expectReconnect(Fault& fault, uint64_t opensBefore, Clock::duration bound) 
     const double took = waitUntil([&] { return opens() > opensBefore; }, bound);
     if (took < 0) {
         ++fault.failed;
-        check(false, "%s: no reconnect within %.1f s", fault.name,
-              std::chrono::duration<double>(bound).count());
+        check(false, "%s: no reconnect within %.1f s", fault.name, toSeconds(bound));
         return;
     }
     fault.worst = std::max(fault.worst, took);
@@ -408,8 +406,7 @@ void dataStreamStall(Fault& fault, uint64_t before) {
         kRerequestBound);
     const bool ok = requested && rerequest >= 0 && opens() == before;
     if (!ok) ++fault.failed;
-    check(ok, "%s: no re-request within %.1f s (%s)", fault.name,
-          std::chrono::duration<double>(kRerequestBound).count(),
+    check(ok, "%s: no re-request within %.1f s (%s)", fault.name, toSeconds(kRerequestBound),
           !requested      ? "no clock request"
           : rerequest < 0 ? "timed out"
                           : "reconnected");
@@ -473,8 +470,6 @@ void inject(Fault& fault, uint64_t before) {
     fault.clear();
     if (fault.bound == Clock::duration{}) expectCalm(fault, before, fault.calm);
 }
-
-double toSeconds(Clock::duration d) { return std::chrono::duration<double>(d).count(); }
 
 }  // namespace
 
