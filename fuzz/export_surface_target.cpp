@@ -217,32 +217,17 @@ void runWithWorkers(FenixA320Core& core, Reader& in) {
 }
 
 void simulatorEvent(Reader& in) {
-    switch (in.byte() % 8) {
-        case 0:
-            standinSetPaused(in.byte() & 1);
-            break;
-        case 1:
-            standinSetSimRunning(in.byte() & 1);
-            break;
-        case 2:
-            standinCrash();
-            break;
-        case 3:
-            standinLoadFlight(in.text().c_str());
-            break;
-        case 4:
-            standinLoadAircraft(in.text().c_str());
-            break;
-        case 5:
-            standinSetTitle(in.text().c_str());
-            break;
-        case 6:
-            standinSetClock(pickDouble(in));
-            break;
-        default:
-            standinSetKeepAliveAnswers(in.byte() & 1);
-            break;
-    }
+    static constexpr void (*kEvents[])(Reader&) = {
+        [](Reader& r) { standinSetPaused(r.byte() & 1); },
+        [](Reader& r) { standinSetSimRunning(r.byte() & 1); },
+        [](Reader&) { standinCrash(); },
+        [](Reader& r) { standinLoadFlight(r.text().c_str()); },
+        [](Reader& r) { standinLoadAircraft(r.text().c_str()); },
+        [](Reader& r) { standinSetTitle(r.text().c_str()); },
+        [](Reader& r) { standinSetClock(pickDouble(r)); },
+        [](Reader& r) { standinSetKeepAliveAnswers(r.byte() & 1); },
+    };
+    kEvents[in.byte() % std::size(kEvents)](in);
 }
 
 // Output variables the simulator sends back, set to fuzzed values.
