@@ -1,14 +1,22 @@
 // The built module, loaded as a host loads it: exports, list hand-over, start and stop.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <string>
+
 #include "catalogue/signal_lists.h"
 #include "plugin/helmbridge_a320.h"
+#include "tests/support/eventually.h"
 #include "tests/support/module_loader.h"
+#include "tests/support/process.h"
 
 namespace {
 
 using helmbridge::SigList;
+using helmbridge::testing::eventually;
 using helmbridge::testing::LoadedModule;
+using helmbridge::testing::ScratchDirectory;
 
 class ModuleTest : public ::testing::Test {
   protected:
@@ -30,13 +38,29 @@ TEST_F(ModuleTest, ListGettersReplaceTheHostsEntries) {
     }
 }
 
+// Setters report true and the input functions false, also when the event is processed.
 TEST_F(ModuleTest, StartAndStopThroughTheExports) {
     EXPECT_FALSE(module->getConnectStatus());
     EXPECT_TRUE(module->stop());  // stop before any start is harmless
+    EXPECT_TRUE(module->setDigitOutProc([](unsigned, bool) { return true; }));
+    EXPECT_TRUE(module->setDisplayProc([](unsigned, const std::string&) { return true; }));
+    EXPECT_TRUE(module->setServoProc([](unsigned, double) { return true; }));
+    EXPECT_TRUE(module->setServoSpeedProc([](unsigned, double) { return true; }));
+    EXPECT_TRUE(module->setPwmProc([](unsigned, double) { return true; }));
+    // A SimConnect.cfg in the current directory lets the module connect to the stand-in.
+    const ScratchDirectory scratch;
+    const std::filesystem::path home = std::filesystem::current_path();
+    std::ofstream(scratch.path() / "SimConnect.cfg") << "[SimConnect]\n";
+    std::filesystem::current_path(scratch.path());
     EXPECT_TRUE(module->start({"ignored", "arguments"}));
-    EXPECT_FALSE(module->updateOutput());  // nothing connected yet
+    EXPECT_TRUE(eventually([&] { return module->getConnectStatus(); }));
+    EXPECT_FALSE(module->setDigitIn(1, true));
+    EXPECT_FALSE(module->setEncoder(2, 1));
+    EXPECT_FALSE(module->setAnalog(89, 0.5));
     EXPECT_TRUE(module->stop());
+    std::filesystem::current_path(home);
     EXPECT_FALSE(module->getConnectStatus());
+    EXPECT_FALSE(module->updateOutput());  // nothing connected
 }
 
 }  // namespace
