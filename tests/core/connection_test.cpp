@@ -325,9 +325,10 @@ TEST_F(StallWatchdog, ReRequestsAfterFiveSecondsThenReconnectsFiveSecondsLater) 
     EXPECT_EQ(rerequests(), 3u);  // display, digital outputs, clock
     passes(6, 10);
     EXPECT_EQ(opens(), 0u);
-    passes(11, 11);
+    link.connectPass(at(11));
     EXPECT_EQ(opens(), 1u);
     EXPECT_TRUE(link.connected());
+    EXPECT_EQ(rerequests(), 6u);  // the reconnecting pass checks the stream too, on the new handle
 }
 
 // With the keep-alive answering, the reconnect armed in a pass that also sent a keep-alive must
