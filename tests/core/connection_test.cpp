@@ -290,6 +290,9 @@ TEST_F(ConnectionTest, ClockReadingsAndMalformedMessages) {
     EXPECT_FALSE(link.clockAdvancing());
     reading(0.45);  // not a running clock at all
     EXPECT_FALSE(link.clockAdvancing());
+    link.close(at(0));
+    reading(200);  // the first reading after a close is a rise, but only one
+    EXPECT_FALSE(link.clockAdvancing());
 }
 
 class StallWatchdog : public ConnectionTest {
@@ -403,7 +406,7 @@ TEST_F(StallWatchdog, SimCrashAndLoadsGrantSixtySeconds) {
     EXPECT_EQ(rerequests(), 0u);
 }
 
-TEST_F(StallWatchdog, FlightLoadGrantsSixtySeconds) {
+TEST_F(StallWatchdog, FlightAndAircraftLoadsGrantSixtySeconds) {
     sc::SIMCONNECT_RECV_EVENT_FILENAME e{};
     e.dwSize = sizeof(e);
     e.dwID = sc::SIMCONNECT_RECV_ID_EVENT_FILENAME;
@@ -412,6 +415,26 @@ TEST_F(StallWatchdog, FlightLoadGrantsSixtySeconds) {
     passes(1, 67);
     EXPECT_EQ(rerequests(), 0u);
     passes(68, 68);
+    EXPECT_EQ(rerequests(), 3u);
+    e.uEventID = 9002;
+    link.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(&e), sizeof(e), at(69));
+    passes(69, 133);
+    EXPECT_EQ(rerequests(), 3u);
+    passes(134, 134);
+    EXPECT_EQ(rerequests(), 6u);
+}
+
+// A stop forgets the simulator's pause: the next run watches the stream again, also before the
+// simulator has told the new connection anything.
+TEST_F(StallWatchdog, CloseForgetsAPause) {
+    event(9003, 1, 1);
+    link.close(at(2));
+    link.begin();
+    tick(3);  // opens and registers; the subscriptions' answers wait for the next dispatch
+    ASSERT_TRUE(link.connected());
+    standinClearCalls();
+    clockAt(3, 100.0);
+    for (int s = 4; s <= 8; ++s) link.connectPass(at(s));
     EXPECT_EQ(rerequests(), 3u);
 }
 
