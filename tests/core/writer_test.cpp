@@ -91,12 +91,15 @@ TEST_F(Writer, LatestValuesFlushTwentyAtMostEveryTenMilliseconds) {
     writes.writerPass(at(20));
     EXPECT_EQ(log.size(), 25u);
 
-    writes.clear();  // as Stop leaves it: the next run's first pass starts the interval anew
+    latest(2001, 3.0);
+    queue(7, 1.0);
+    writes.clear();  // as Stop leaves it: nothing pending, and the first pass starts the interval
     latest(2001, 4.0);
     writes.writerPass(at(100));
     EXPECT_EQ(log.size(), 25u);
     writes.writerPass(at(110));
     EXPECT_EQ(sent(2001), (std::vector<double>{2.0, 4.0}));
+    EXPECT_TRUE(sent(7).empty());
 }
 
 TEST_F(Writer, HeldValuesAreResentEveryTwoHundredMillisecondsUntilCleared) {
