@@ -18,14 +18,6 @@ namespace {
 
 using Reports = std::vector<std::pair<int, int>>;
 
-// A switch whose reports land in `reports`.
-PositionSwitch recording(int32_t key, const std::map<int32_t, int32_t>& positions,
-                         Reports& reports) {
-    PositionSwitch logic(key, positions);
-    logic.bind([&reports](int k, int p) { reports.emplace_back(k, p); });
-    return logic;
-}
-
 TEST(PositionSwitch, NeedsAPositionZeroAndTracksEvenWhenUnbound) {
     EXPECT_THROW(PositionSwitch(1, {{10, 1}, {11, 2}}), std::invalid_argument);
     EXPECT_THROW(PositionSwitch(1, {}), std::invalid_argument);
@@ -34,32 +26,35 @@ TEST(PositionSwitch, NeedsAPositionZeroAndTracksEvenWhenUnbound) {
     EXPECT_EQ(altitude.position(), -1);
 }
 
-TEST(PositionSwitch, ReportsChangesOfTheClosedContactOnly) {
+// A closing contact reports its position when it changes; the opening of the contact that set
+// the position leaves it unknown, or reports the rest position of a switch that has one.
+TEST(PositionSwitch, ReportsChangesOfTheClosedContactAndTheRestPosition) {
     Reports reports;
-    PositionSwitch intrad = recording(22, {{22, 0}, {23, 1}, {24, 2}}, reports);
-    EXPECT_EQ(intrad.position(), 0);
-    intrad.OnContact(22, true);  // starts at 0 already: no report
-    intrad.OnContact(23, true);
-    intrad.OnContact(22, false);  // not the contact that set the position
-    intrad.OnContact(99, true);   // not a contact of this switch
-    EXPECT_EQ(intrad.position(), 1);
-    intrad.OnContact(24, true);
-    intrad.OnContact(24, false);  // no rest position: unknown until the next contact
-    EXPECT_EQ(intrad.position(), PositionSwitch::kUnknown);
-    intrad.OnContact(24, true);  // known again: reported again
-    EXPECT_EQ(reports, (Reports{{22, 1}, {22, 2}, {22, 2}}));
-}
-
-TEST(PositionSwitch, RestPositionIsReportedWhenTheLastContactOpens) {
-    Reports reports;
-    PositionSwitch nav1 = recording(427, {{493, 1}, {494, 0}, {495, 2}}, reports);
+    PositionSwitch intrad(22, {{22, 0}, {23, 1}, {24, 2}});
+    PositionSwitch nav1(427, {{493, 1}, {494, 0}, {495, 2}});
     nav1.setRestPosition(1);
-    nav1.OnContact(494, true);  // the switch starts at 0 already: no report
-    nav1.OnContact(495, true);
-    nav1.OnContact(495, false);
-    nav1.OnContact(493, true);  // already at rest
-    nav1.OnContact(493, false);
-    EXPECT_EQ(reports, (Reports{{427, 2}, {427, 1}}));
+    for (PositionSwitch* logic : {&intrad, &nav1})
+        logic->bind([&reports](int k, int p) { reports.emplace_back(k, p); });
+    constexpr int32_t kUnknown = PositionSwitch::kUnknown;
+    const struct {
+        PositionSwitch& logic;
+        int32_t contact;
+        bool closed;
+        int32_t position;
+    } script[] = {
+        // clang-format off
+        {intrad, 22, true, 0},   // starts at 0 already: no report
+        {intrad, 23, true, 1}, {intrad, 22, false, 1},  // not the contact that set the position
+        {intrad, 99, true, 1},   // not a contact of this switch
+        {intrad, 24, true, 2}, {intrad, 24, false, kUnknown}, {intrad, 24, true, 2},
+        {nav1, 494, true, 0}, {nav1, 495, true, 2}, {nav1, 495, false, 1},
+        {nav1, 493, true, 1}, {nav1, 493, false, 1}};  // already at rest: no report
+    // clang-format on
+    for (const auto& step : script) {
+        step.logic.OnContact(step.contact, step.closed);
+        EXPECT_EQ(step.logic.position(), step.position) << step.contact << " " << step.closed;
+    }
+    EXPECT_EQ(reports, (Reports{{22, 1}, {22, 2}, {22, 2}, {427, 2}, {427, 1}}));
 }
 
 // The table against the catalogue: every contact carries the name of the variable it moves.
