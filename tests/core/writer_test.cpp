@@ -67,15 +67,6 @@ TEST_F(Writer, FullQueueDropsTheOldestAndCountsIt) {
     EXPECT_EQ(writes.droppedWrites(), 0u);
 }
 
-TEST_F(Writer, NothingIsStoredWhileTheLinkIsDown) {
-    up = false;
-    queue(1, 1.0);
-    latest(2001, 1.0);
-    up = true;
-    for (int ms = 0; ms <= 400; ms += 5) writes.writerPass(at(ms));
-    EXPECT_TRUE(log.empty());
-}
-
 TEST_F(Writer, LatestValuesFlushTwentyAtMostEveryTenMilliseconds) {
     latest(2001, 1.0);
     latest(2001, 2.0);
@@ -118,17 +109,22 @@ TEST_F(Writer, HeldValuesAreResentEveryTwoHundredMillisecondsUntilCleared) {
     EXPECT_EQ(sent(2089).size(), 2u);
 }
 
-TEST_F(Writer, DirtyLatestAndHeldWritesSurviveALinkOutage) {
+// Writes made while the link is down are not stored; dirty latest and held values wait for it.
+TEST_F(Writer, LinkOutage) {
     writes.writerPass(at(0));
     latest(2089, 0.25);  // held
     latest(2002, 0.75);  // latest only
     up = false;
+    queue(1, 1.0);
+    latest(2001, 1.0);
     writes.writerPass(at(300));
     EXPECT_TRUE(log.empty());
     up = true;
-    writes.writerPass(at(305));
+    for (int ms = 305; ms <= 700; ms += 5) writes.writerPass(at(ms));
     EXPECT_EQ(sent(2002), (std::vector<double>{0.75}));
-    EXPECT_EQ(sent(2089), (std::vector<double>{0.25, 0.25}));
+    EXPECT_EQ(sent(2089), (std::vector<double>{0.25, 0.25, 0.25}));
+    EXPECT_TRUE(sent(1).empty());
+    EXPECT_TRUE(sent(2001).empty());
 }
 
 }  // namespace
