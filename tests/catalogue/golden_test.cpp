@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <iostream>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -46,30 +45,25 @@ std::string visible(const std::string& field) {
     return out;
 }
 
+std::string joined(std::initializer_list<std::string> fields) {
+    std::string line;
+    for (const std::string& field : fields) line += (line.empty() ? "" : "\t") + field;
+    return line;
+}
+
 std::vector<std::string> signalLines() {
-    struct Named {
-        const char* name;
-        const SigList& list;
-    };
-    const Named lists[] = {
+    const std::pair<const char*, const SigList&> lists[] = {
         {"digitIn", digitInSigList()},   {"encoder", encoderSigList()}, {"analog", analogSigList()},
         {"digitOut", digitOutSigList()}, {"display", displaySigList()}, {"servo", servoSigList()},
         {"pwm", pwmSigList()},
     };
     std::vector<std::string> lines{kHeader};
-    for (const Named& l : lists) {
-        for (const auto& [id, entry] : l.list) {
-            lines.push_back(std::string(l.name) + "\t" + std::to_string(id) + "\t" +
-                            visible(entry.first) + "\t" + visible(entry.second));
-        }
+    for (const auto& [name, list] : lists) {
+        for (const auto& [id, entry] : list)
+            lines.push_back(
+                joined({name, std::to_string(id), visible(entry.first), visible(entry.second)}));
     }
     return lines;
-}
-
-std::string joined(std::initializer_list<std::string> fields) {
-    std::string line;
-    for (const std::string& field : fields) line += (line.empty() ? "" : "\t") + field;
-    return line;
 }
 
 std::vector<std::string> bindingLines() {
@@ -133,23 +127,18 @@ std::vector<std::string> readLines(const std::string& path) {
     return lines;
 }
 
-bool updateRequested() {
-    const char* value = std::getenv("HELMBRIDGE_UPDATE_GOLDEN");
-    return value != nullptr && std::string(value) == "1";
-}
-
 TEST(GoldenSignalLists, ListsAndTablesMatchTheCheckedInFiles) {
     const std::pair<std::string, std::vector<std::string>> files[] = {
         {kDataDir + "signals.tsv", signalLines()},
         {kDataDir + "bindings.tsv", bindingLines()},
     };
+    const char* update = std::getenv("HELMBRIDGE_UPDATE_GOLDEN");
     for (const auto& [path, actual] : files) {
-        if (updateRequested()) {
+        if (update != nullptr && std::string(update) == "1") {
             std::ofstream out(path, std::ios::binary | std::ios::trunc);
             for (const std::string& line : actual) out << line << '\n';
             out.close();
             ASSERT_TRUE(out) << "cannot write " << path;
-            std::cout << "rewrote " << path << " (" << actual.size() << " lines)\n";
             continue;
         }
         const std::vector<std::string> expected = readLines(path);

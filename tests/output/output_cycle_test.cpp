@@ -43,15 +43,15 @@ class OutputCycle : public ::testing::Test {
             calls.push_back({'D', id, std::move(text), 0.0});
             return true;
         });
-        for (const char kind : {'P', 'S', 'V'}) {
-            auto record = [this, kind](unsigned id, double level) {
+        const auto record = [this](char kind) {
+            return [this, kind](unsigned id, double level) {
                 calls.push_back({kind, id, "", level});
                 return true;
             };
-            if (kind == 'P') output.SetPwmProc(record);
-            if (kind == 'S') output.SetServoProc(record);
-            if (kind == 'V') output.SetServoSpeedProc(record);
-        }
+        };
+        output.SetPwmProc(record('P'));
+        output.SetServoProc(record('S'));
+        output.SetServoSpeedProc(record('V'));
     }
 
     // A frame that changes one value and keeps the others.
@@ -178,47 +178,38 @@ TEST_F(OutputCycle, ChannelsCarryKnobAndSwitchLevelsOnlyWithPower) {
     for (const HostCall& channel : callsOf('P')) EXPECT_EQ(channel.level, 0.0) << channel.id;
 }
 
+// The value text of anything not finite or beyond 1e9 in magnitude is that of 0.
 TEST_F(OutputCycle, DisplayValuesOutOfRangeShowAsZero) {
     const double inf = std::numeric_limits<double>::infinity();
-    for (const double bad : {std::nan(""), inf, -inf, 2e9, -1.5e9, 1e9 + 1.0}) {
-        display(140, bad);
-        EXPECT_EQ(callsOf('D')[140].text, "0.000000") << bad;
+    const std::pair<double, const char*> cases[] = {
+        {std::nan(""), "0.000000"},  {inf, "0.000000"},       {-inf, "0.000000"},
+        {-1.5e9, "0.000000"},        {1e9 + 1.0, "0.000000"}, {1e9, "1000000000.000000"},
+        {-1e9, "-1000000000.000000"}};
+    for (const auto& [value, text] : cases) {
+        display(140, value);
+        EXPECT_EQ(callsOf('D')[140].text, text) << value;
     }
-    display(140, 1e9);
-    EXPECT_EQ(callsOf('D')[140].text, "1000000000.000000");
-    display(140, -1e9);
-    EXPECT_EQ(callsOf('D')[140].text, "-1000000000.000000");
     display(46, std::nan(""));
     EXPECT_EQ(callsOf('D')[46].text, "00000");
 }
 
-// The light test (exactly 2) lights every lamp, even without power.
-TEST_F(OutputCycle, LightTestLightsEveryLampEvenWithoutPower) {
-    digit(out::kFcuPower, 0.0);
-    digit(out::kAnnLight, 2.0);
-    const std::map<uint32_t, bool> states = lamps();
-    ASSERT_EQ(states.size(), 501u);
-    for (const auto& [id, on] : states) EXPECT_TRUE(on) << id;
-    digit(out::kFcuPower, 1.0);
-    for (const double notTheTest : {2.0000001, 1.0}) {
-        digit(out::kAnnLight, notTheTest);
-        std::map<uint32_t, bool> now = lamps();
-        EXPECT_FALSE(now[0] || now[1] || now[470] || now[498] || now[501]) << notTheTest;
-        EXPECT_TRUE(now[494]) << notTheTest;  // its own lamp follows the switch value
-    }
-}
-
-// Any value but zero lights a lamp; of the synthesized ones, 496 and 497 show the power and
-// 498 to 501 stay off.
-TEST_F(OutputCycle, LampsFollowTheirValuesAndTheSynthesizedOnesPower) {
+// The light test (exactly 2) lights every lamp, even without power. Otherwise any value but zero
+// lights a lamp; of the synthesized ones, 496 and 497 show the power and 498 to 501 stay off.
+TEST_F(OutputCycle, LampsFollowTheLightTestTheirValuesAndThePower) {
     const double values[] = {0.5, -1.0, std::nan(""), 1e300, 0.0, -0.0};
     for (uint32_t i = 0; i < 6; ++i) digit(200 + i, values[i]);
     for (uint32_t slot = 495; slot <= 500; ++slot) digit(slot, 1.0);  // ids 496..501
-    std::map<uint32_t, bool> states = lamps();
-    for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(states.at(200 + i), i < 4) << values[i];
     for (const double power : {0.0, 1.0, std::nan("")}) {
         digit(out::kFcuPower, power);
+        digit(out::kAnnLight, 2.0);
+        std::map<uint32_t, bool> states = lamps();
+        ASSERT_EQ(states.size(), 501u);
+        for (const auto& [id, on] : states) EXPECT_TRUE(on) << id;
+        digit(out::kAnnLight, power == 0.0 ? 1.0 : 2.0000001);  // not the test
         states = lamps();
+        for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(states.at(200 + i), i < 4) << values[i];
+        EXPECT_FALSE(states[0] || states[470]) << power;
+        EXPECT_TRUE(states[494]) << power;  // its own lamp follows the switch value
         EXPECT_EQ(states[496], power != 0.0) << power;
         EXPECT_EQ(states[497], power != 0.0) << power;
         EXPECT_FALSE(states[498] || states[499] || states[500] || states[501]) << power;
