@@ -10,7 +10,7 @@
 namespace fenixA320 {
 namespace {
 
-TEST(ThrottleDetent, MapsTheLeverOntoZeroToFiveWithDetentsAndRejectsTheRest) {
+TEST(AnalogConversions, ThrottleDetentsRangeEndsAndFlapDetents) {
     // Just below -0.04 is the last step (1.6) before the idle band; 0.05 gives 2.072, which
     // snaps to the detent; -0.19 gives exactly 0.9, which does not.
     const struct {
@@ -29,16 +29,13 @@ TEST(ThrottleDetent, MapsTheLeverOntoZeroToFiveWithDetentsAndRejectsTheRest) {
             EXPECT_EQ(std::string(error.what()), "Value must be in range [-1.0, 1.0]");
         }
     }
-}
-
-TEST(AnalogConversions, RangeEndsAndFlapDetents) {
+    // The other conversions at their range ends.
     EXPECT_EQ(trimWheelValue(-4.0), -4000.0);
     EXPECT_EQ(trimWheelValue(13.5), 13500.0);
     EXPECT_EQ(speedbrakeValue(0.049, false), 1.0);
     EXPECT_DOUBLE_EQ(speedbrakeValue(0.05, false), 1.1);
     EXPECT_EQ(speedbrakeValue(1.0, false), 3.0);
     EXPECT_EQ(axisValue(-1.0), -1000.0);
-    EXPECT_EQ(axisValue(0.25), 250.0);
     // Captured within 0.25 of a detent, exactly 0.25 is not close enough; between detents the
     // last one holds; every detent up to FULL (4) can be captured.
     EXPECT_EQ(flapDetent(2.76, 2), 3);

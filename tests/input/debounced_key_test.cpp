@@ -11,15 +11,12 @@ using std::chrono::nanoseconds;
 
 const TimePoint kBuilt = TimePoint{} + std::chrono::hours(1);
 
-struct Step {
-    Nanos at;  // since the key was built
-    bool state;
-    bool accepted;
-    double element;  // the block element after the event
-};
-
 TEST(DebouncedKey, GateOfExactlyOneHundredMillisecondsFromBuildAndFromEachAcceptedEvent) {
-    const Step script[] = {
+    const struct {
+        Nanos at;  // since the key was built
+        bool state, accepted;
+        double element;  // the block element after the event
+    } script[] = {
         {milliseconds(100) - nanoseconds(1), true, false, 0.0},
         {milliseconds(100), true, true, 1.0},
         {milliseconds(150), false, false, 1.0},  // bounce: dropped, not retried
@@ -30,7 +27,7 @@ TEST(DebouncedKey, GateOfExactlyOneHundredMillisecondsFromBuildAndFromEachAccept
     };
     double element = 0.0;
     DebouncedKey key(&element, 7, kBuilt);
-    for (const Step& step : script) {
+    for (const auto& step : script) {
         EXPECT_EQ(key.OnKey(7, step.state, kBuilt + step.at), step.accepted) << step.at.count();
         EXPECT_EQ(element, step.element) << step.at.count();
     }

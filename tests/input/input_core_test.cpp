@@ -223,16 +223,7 @@ TEST_F(InputDispatch, EventsWriteTheirConvertedValueThroughDeadBandsAndSelectors
     EXPECT_EQ(input.switchVarValue(-3), 0.0);
 }
 
-TEST_F(InputDispatch, TrimWheelIsLeftToTheServoLoopWhileTheTrimMotorIsPowered) {
-    std::vector<double> block(472, 0.0);
-    block[471] = 1.0;  // B_FC_ELEVATOR_TRIM_MOTOR_POWER
-    received.storeDigitOut(reinterpret_cast<const unsigned char*>(block.data()), block.size());
-    input.SetAnalog(82, 2.5);
-    EXPECT_TRUE(drain().none());
-    EXPECT_EQ(input.trimWheelInput(), 2.5);
-}
-
-TEST_F(InputDispatch, OutOfRangeAndNonFiniteAnalogValuesNeverReachTheAircraft) {
+TEST_F(InputDispatch, OutOfRangeNonFiniteAndMotorDrivenAnalogValuesNeverReachTheAircraft) {
     EXPECT_THROW(input.SetAnalog(90, 1.2), std::out_of_range);
     for (int32_t id = -1; id <= 125; ++id) {
         for (const double bad : {kNaN, kInf, -kInf}) {
@@ -244,6 +235,13 @@ TEST_F(InputDispatch, OutOfRangeAndNonFiniteAnalogValuesNeverReachTheAircraft) {
         }
     }
     EXPECT_TRUE(drain().none());
+    // While the trim motor is powered the trim wheel is left to the servo loop.
+    std::vector<double> block(472, 0.0);
+    block[471] = 1.0;  // B_FC_ELEVATOR_TRIM_MOTOR_POWER
+    received.storeDigitOut(reinterpret_cast<const unsigned char*>(block.data()), block.size());
+    input.SetAnalog(82, 2.5);
+    EXPECT_TRUE(drain().none());
+    EXPECT_EQ(input.trimWheelInput(), 2.5);
 }
 
 // The same input side in a running module, with the simulator clock advancing.

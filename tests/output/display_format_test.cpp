@@ -47,7 +47,7 @@ class DisplayFormat : public ::testing::Test {
     std::atomic<double> displays[ReceivedValues::kDisplaySlots]{};
 };
 
-TEST_F(DisplayFormat, NoPowerBlanksEveryDisplayEvenInLightTest) {
+TEST_F(DisplayFormat, NoPowerBlanksEveryDisplayAndTheLightTestShowsEachPattern) {
     setDigit(out::kFcuPower, 0.0);
     for (const double annLight : {0.0, 2.0}) {
         setDigit(out::kAnnLight, annLight);
@@ -57,9 +57,7 @@ TEST_F(DisplayFormat, NoPowerBlanksEveryDisplayEvenInLightTest) {
     setDigit(out::kAnnLight, 0.0);
     setDigit(out::kFcuPower, std::nan(""));  // NaN counts as powered
     expectTexts({{0, 250.0, "250.000000"}});
-}
-
-TEST_F(DisplayFormat, LightTestShowsEachDisplaysPatternBeforeAnyOtherRule) {
+    // Powered, the light test shows each display's pattern before any other rule.
     setDigit(out::kAnnLight, 2.0);
     setDigit(out::kSpeedDashed, 1.0);
     // clang-format off
@@ -79,7 +77,7 @@ TEST_F(DisplayFormat, LightTestShowsEachDisplaysPatternBeforeAnyOtherRule) {
 
 // printf is the reference for the texts, except on exact binary ties under Wine 8's UCRT: it
 // rounds them away from zero, where glibc, MinGW and Windows' own UCRT (since Windows 10 2004)
-// round them to even, as the module does. There, ties are left to TiesRoundToEven.
+// round them to even, as the module does. There, ties are left to the test below.
 bool printfRoundsTiesToEven() {
     char text[8];
     std::snprintf(text, sizeof text, "%.1f", 0.25);
@@ -92,7 +90,8 @@ bool printfIsReference(double v, int precision) {
     return tiesToEven || scaled - std::floor(scaled) != 0.5;
 }
 
-TEST(DisplayText, TiesRoundToEven) {
+// Ties round to even; integers pad with zeros after the sign, as printf does.
+TEST(DisplayText, TiesRoundToEvenAndZeroPaddedMatchesPrintf) {
     EXPECT_EQ(fixedText(0.25, 1, 4, ' '), " 0.2");
     EXPECT_EQ(fixedText(-0.25, 1, 0, ' '), "-0.2");
     EXPECT_EQ(fixedText(0.75, 1, 0, ' '), "0.8");
@@ -101,9 +100,6 @@ TEST(DisplayText, TiesRoundToEven) {
     ValueTextBuffer buffer;
     EXPECT_EQ(displayValueText(0.0078125, buffer), "0.007812");
     EXPECT_EQ(displayValueText(-0.0234375, buffer), "-0.023438");
-}
-
-TEST(ZeroPadded, MatchesPrintf) {
     for (const int v : {0, 7, -7, 42, -42, 999, 1000, -1000, 12345, 99999999, -99999999,
                         std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
         for (int width = 1; width <= 12; ++width) {
@@ -154,9 +150,9 @@ TEST(FixedText, MatchesPrintf) {
     EXPECT_EQ(fixedText(2.5, 1, 4, ' ', "R"), "R 2.5");
 }
 
-// Displays without modes. The observer RMP (131) has no rule; heading keeps the whole part,
-// cut (the value text has already rounded 359.9999999); the chronometer divides in single
-// precision (double would give .17).
+// Displays without modes, and the clock. The observer RMP (131) has no rule; heading keeps the
+// whole part, cut (the value text has already rounded 359.9999999); the chronometer divides in
+// single precision (double would give .17).
 TEST_F(DisplayFormat, NumbersInTheWidthAndFormOfEachDisplay) {
     // clang-format off
     expectTexts({{5, 250, "250.000000"}, {0, -1.5, "-1.500000"}, {131, 118000, "118000.000000"},
@@ -169,9 +165,16 @@ TEST_F(DisplayFormat, NumbersInTheWidthAndFormOfEachDisplay) {
                  {93, 16777217, "167772.16"}});
     // clang-format on
     EXPECT_EQ(formatDisplay(51, "  .5", view()), "000");
+    // The clock follows the clock mode display.
+    setDisplay(94, -1.0);
+    expectTexts({{95, 123456, "12.3456"}, {95, 1234, "00.1234"}, {95, 16777217, "1677.7216"}});
+    setDisplay(94, -2.0);
+    expectTexts({{95, 93456, "093456"}, {95, -1, ""}});
+    setDisplay(94, 0.0);
+    expectTexts({{95, 93456, ""}});
 }
 
-TEST_F(DisplayFormat, SpeedAndVerticalSpeedByMode) {
+TEST_F(DisplayFormat, SpeedAndVerticalSpeedByModeAndDashedFlagsOnlyOnTheirOwnDisplay) {
     expectTexts({{54, 250, "250"}, {54, 250.5, "251"}, {54, 99.4, "099"}, {54, -0.5, "-01"}});
     expectTexts({{54, 1000, "1000"}, {55, 1500, "015oo"}, {55, -750, "-07oo"}, {55, -50, "000oo"}});
     expectTexts({{55, 49, "000oo"}});
@@ -181,12 +184,8 @@ TEST_F(DisplayFormat, SpeedAndVerticalSpeedByMode) {
     expectTexts({{54, 78, "0.78"}, {54, 100, "1.00"}, {55, -750, "-0.8"}, {55, -1500, "-1.5"}});
     // The angle takes the whole part of the value: 2050.9 shows 2.0, not 2.1.
     expectTexts({{55, 2000, " 2.0"}, {55, 2050.9, " 2.0"}});
-}
-
-TEST_F(DisplayFormat, DashedFlagsDashOnlyTheirOwnDisplay) {
     setDigit(out::kSpeedDashed, 1.0);
-    expectTexts({{54, 250, "---"}, {51, 90, "090"}, {55, 1500, "015oo"}});
-    setDigit(out::kSpeedMach, 1.0);
+    expectTexts({{54, 250, "---"}, {51, 90, "090"}, {55, 1500, " 1.5"}});
     setDigit(out::kHeadingDashed, -1.0);
     setDigit(out::kVerticalSpeedDashed, 1.0);
     expectTexts({{54, 78, "---"}, {51, 90, "---"}, {55, 1500, "---"}});
@@ -202,15 +201,6 @@ TEST_F(DisplayFormat, BaroSidesFollowTheirOwnFlagsAndValues) {
     expectTexts({{50, 1e300, ""}});  // 299 digits: longer than any display, blank
     setDigit(out::kEfis2BaroStd, 1.0);
     expectTexts({{49, 998, "std"}});
-}
-
-TEST_F(DisplayFormat, ClockFollowsTheClockMode) {
-    setDisplay(94, -1.0);
-    expectTexts({{95, 123456, "12.3456"}, {95, 1234, "00.1234"}, {95, 16777217, "1677.7216"}});
-    setDisplay(94, -2.0);
-    expectTexts({{95, 93456, "093456"}, {95, -1, ""}});
-    setDisplay(94, 0.0);
-    expectTexts({{95, 93456, ""}});
 }
 
 TEST_F(DisplayFormat, RmpFormatFollowsTheOwnPanelsIndicatorsAndDataFlag) {
