@@ -14,7 +14,7 @@
 namespace fenixA320 {
 namespace {
 
-TEST(VariableNumbers, NumberTheVariablesOfTheBindingsAndNoOtherName) {
+TEST(Bindings, VariableNumbersOfTheirNamesAndNoDataDefinitionIdTwice) {
     for (const VarBinding& row : digitInBindings()) {
         const std::string& name = digitInSigList().at(row.key).first;
         // External power control writes another variable under its own one's number.
@@ -33,9 +33,7 @@ TEST(VariableNumbers, NumberTheVariablesOfTheBindingsAndNoOtherName) {
                              "S_IOS_ELEC_EXTERN_FORCE", "", "S_XPDR_MODE_TA"}) {
         EXPECT_EQ(variableNumber(name), 0) << name;
     }
-}
-
-TEST(Tables, NoDataDefinitionIdTwiceAndPerVariableNumbersBelowTheFixedRanges) {
+    // No data-definition id twice, and the per-variable numbers below the fixed ranges.
     std::map<int32_t, int> uses;
     for (const auto* table : {&digitInBindings(), &switchVarBindings()}) {
         for (const VarBinding& row : *table) {

@@ -39,9 +39,8 @@ std::string visible(const std::string& field) {
     const std::size_t lead = std::min(field.find_first_not_of(' '), field.size());
     const std::size_t end = std::max(lead, field.find_last_not_of(' ') + 1);  // npos + 1 is 0
     std::string out;
-    for (std::size_t i = 0; i < lead; ++i) out += kVisibleBlank;
-    out += field.substr(lead, end - lead);
-    for (std::size_t i = end; i < field.size(); ++i) out += kVisibleBlank;
+    for (std::size_t i = 0; i < field.size(); ++i)
+        out += i < lead || i >= end ? kVisibleBlank : field.substr(i, 1);
     return out;
 }
 

@@ -95,7 +95,7 @@ class OutputCycle : public ::testing::Test {
     std::vector<HostCall> calls;
 };
 
-TEST_F(OutputCycle, CallsNothingBeforeAnyValueCanArrive) {
+TEST_F(OutputCycle, CallsNothingBeforeAnyValueAndAFailingCallbackCostsOnlyItsOwnCalls) {
     ReceivedValues none;
     OutputSide early{none};
     early.SetDigitOutProc([this](unsigned, bool) {
@@ -105,6 +105,18 @@ TEST_F(OutputCycle, CallsNothingBeforeAnyValueCanArrive) {
     early.updateOutput(0.0);
     early.servoPass(TimePoint{}, 0.0);
     EXPECT_TRUE(calls.empty());
+    // A missing or throwing callback costs only its own calls.
+    int lampAttempts = 0;
+    output.SetDigitOutProc([&lampAttempts](unsigned, bool) -> bool {
+        ++lampAttempts;
+        throw std::runtime_error("host failure");
+    });
+    output.SetPwmProc({});            // the floor wrapper around an empty host function
+    EXPECT_EQ(cycle().size(), 143u);  // the displays
+    EXPECT_EQ(lampAttempts, 501);
+    output.SetDigitOutProc({});
+    output.SetDisplayProc({});
+    EXPECT_TRUE(cycle().empty());
 }
 
 // Every output every cycle, changed or not: the host keeps no state of its own.
@@ -124,20 +136,6 @@ TEST_F(OutputCycle, SendsLampsThenDisplaysThenChannelsInAscendingIdsEveryCycle) 
         EXPECT_EQ(sequence[i].id, expected[i]) << i;
     }
     EXPECT_EQ(cycle(), sequence);
-}
-
-TEST_F(OutputCycle, MissingOrThrowingCallbackCostsOnlyItsOwnCalls) {
-    int lampAttempts = 0;
-    output.SetDigitOutProc([&lampAttempts](unsigned, bool) -> bool {
-        ++lampAttempts;
-        throw std::runtime_error("host failure");
-    });
-    output.SetPwmProc({});            // the floor wrapper around an empty host function
-    EXPECT_EQ(cycle().size(), 143u);  // the displays
-    EXPECT_EQ(lampAttempts, 501);
-    output.SetDigitOutProc({});
-    output.SetDisplayProc({});
-    EXPECT_TRUE(cycle().empty());
 }
 
 // Knobs scale to full level (the integral lighting at half scale) and switches give dim,

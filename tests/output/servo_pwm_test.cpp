@@ -29,15 +29,14 @@ TEST_F(TrimServo, SteadyDistanceGivesSpeedFromTheFilterWithinItsLimits) {
     }
 }
 
-TEST_F(TrimServo, SettledWheelGetsFixedSpeedFromTheTwentiethPass) {
+TEST_F(TrimServo, SettledWheelGetsFixedSpeedFromTheTwentiethPassAndStaleOrNaNPassesSkipTheFilter) {
     for (int i = 0; i < 19; ++i) EXPECT_EQ(speed(50 * i, 0.01), 250.0) << i;  // 120 raised
     EXPECT_EQ(speed(950, 0.01), 1000.0);
     EXPECT_EQ(speed(1000, 0.01), 1000.0);
     EXPECT_EQ(speed(1050, 0.02), 250.0);  // one pass at 0.02 restarts the count
     EXPECT_EQ(speed(1100, 0.0), 250.0);
-}
-
-TEST_F(TrimServo, PassASecondOrMoreLaterOrNotANumberLeavesTheFilterAlone) {
+    // A pass a second or more later, or not a number, leaves the filter alone.
+    state = ServoState{};
     for (int i = 0; i <= 2; ++i) speed(50 * i, 0.5);  // two samples of 10.0
     ASSERT_EQ(state.trimSpeedFilter.size(), 2u);
     EXPECT_EQ(speed(1100, 0.5), 250.0);  // 1000 ms on: the filter's 3000 is not used either
