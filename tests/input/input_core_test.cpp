@@ -267,26 +267,8 @@ class InputReplay : public InputDispatch {
     int latestCount = 0;
 };
 
-TEST_F(InputReplay, SeenInputIsQueuedAgainEverySecondWhileTheClockRuns) {
-    digital(449, true);
-    drain();
-    TimePoint t = t0;
-    for (const auto step : {milliseconds(10), milliseconds(50), milliseconds(125),
-                            milliseconds(250), milliseconds(500)}) {
-        restart(t);
-        EXPECT_EQ(passes(t, step, seconds(5)).queuedTo(kEngMaster1), std::vector<double>(5, 1.0))
-            << step.count();
-        t += seconds(5) + step;
-        gate.clockAdvancing = false;  // paused: a long quiet tail
-        EXPECT_TRUE(passes(t, step, seconds(20)).none()) << step.count();
-        gate.clockAdvancing = true;
-        t += seconds(20) + step;
-        EXPECT_EQ(passes(t, step, Nanos(0)).queuedTo(kEngMaster1), std::vector<double>{1.0});
-        t += step;
-    }
-}
-
-TEST_F(InputReplay, SeenInputsAndReportedSelectorsOnlyUntilANewRunOrAStop) {
+// Replays come every full second of the clock, from the start of the run.
+TEST_F(InputReplay, SeenInputsAndReportedSelectorsWhileTheClockRunsUntilANewRunOrAStop) {
     digital(600, true);  // master caution: excluded from replay
     digital(600, false);
     digital(230, true);  // a CDU key: no memory
@@ -296,22 +278,27 @@ TEST_F(InputReplay, SeenInputsAndReportedSelectorsOnlyUntilANewRunOrAStop) {
     digital(478, false);
     input.SetAnalog(124, 3.0);  // flap lever to 3
     drain();
-    Writes writes = passes(t0, milliseconds(50), seconds(3));
+    Writes writes = passes(t0, milliseconds(250), seconds(3));
     EXPECT_EQ(writes.queued.size(), 3u);
     EXPECT_EQ(writes.queuedTo(kEngMaster1).size(), 3u);
     // INT/RAD and flaps only: not the unknown altitude knob, nor the never reported selector 33.
     EXPECT_EQ(writes.latest, (Latest{{22, {2.0}}, {404, {3.0}}}));
+    gate.clockAdvancing = false;  // paused: a long quiet tail, then a replay as soon as it runs
+    EXPECT_TRUE(passes(t0 + seconds(4), milliseconds(250), seconds(20)).none());
+    gate.clockAdvancing = true;
+    EXPECT_EQ(passes(t0 + seconds(25), milliseconds(250), Nanos(0)).queuedTo(kEngMaster1),
+              Values{1.0});
 
-    restart(t0 + seconds(4));  // a new run: no selector reported yet, inputs still seen
-    writes = passes(t0 + seconds(4), milliseconds(50), seconds(3));
+    restart(t0 + seconds(26));  // a new run: no selector reported yet, inputs still seen
+    writes = passes(t0 + seconds(26), milliseconds(250), seconds(3));
     EXPECT_EQ(writes.queuedTo(kEngMaster1).size(), 3u);
     EXPECT_TRUE(writes.latest.empty());
 
     input.forgetReported();  // as Stop leaves them
-    EXPECT_TRUE(passes(t0 + seconds(8), milliseconds(50), seconds(5)).none());
+    EXPECT_TRUE(passes(t0 + seconds(30), milliseconds(250), seconds(5)).none());
     digital(449, false);
     drain();
-    EXPECT_EQ(passes(t0 + seconds(14), milliseconds(50), milliseconds(1500)).queuedTo(kEngMaster1),
+    EXPECT_EQ(passes(t0 + seconds(36), milliseconds(250), milliseconds(1500)).queuedTo(kEngMaster1),
               (Values{0.0, 0.0}));
 }
 
