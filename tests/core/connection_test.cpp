@@ -92,12 +92,6 @@ class ConnectionTest : public ::testing::Test {
                               at(told.second));
     }
 
-    static std::vector<int32_t> functions() {
-        std::vector<int32_t> out;
-        for (const auto& call : standin::calls()) out.push_back(call.function);
-        return out;
-    }
-
     ReceivedValues received;
     Connection link{helmbridge::testing::fakePlatform(), received};
 };
@@ -106,11 +100,15 @@ class ConnectionTest : public ::testing::Test {
 // process snapshot counts as a running simulator.
 TEST_F(ConnectionTest, WithoutSimulatorTriesRightAwayThenEveryFiveSecondsWithoutOpening) {
     for (int s = 0; s < 11; ++s) tick(s);
+    std::vector<int32_t> functions;
+    for (const auto& call : standin::calls()) {
+        functions.push_back(call.function);
+        EXPECT_EQ(call.handle, nullptr);
+    }
     const int32_t close = kStandinClose;
     const int32_t keepAlive = kStandinRequestSystemState;
-    EXPECT_EQ(functions(), (std::vector<int32_t>{close, keepAlive, keepAlive, close, keepAlive,
-                                                 keepAlive, close}));
-    for (const auto& call : standin::calls()) EXPECT_EQ(call.handle, nullptr);
+    EXPECT_EQ(functions, (std::vector<int32_t>{close, keepAlive, keepAlive, close, keepAlive,
+                                               keepAlive, close}));
     EXPECT_FALSE(link.connected());
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
     FakeSystem::probe = platform::ProbeResult::kSnapshotFailed;
@@ -397,11 +395,18 @@ TEST_F(StallWatchdog, CloseForgetsAPause) {
     EXPECT_EQ(rerequests(), 3u);
 }
 
+// Neither on a new link nor on the next connection after a close, until the clock is read again.
 TEST_F(ConnectionTest, StallCheckNeverFiresBeforeTheFirstClockReading) {
     openConnection();
     for (int s = 1; s <= 30; ++s) tick(s);
     EXPECT_TRUE(standin::calls(kStandinRequestDataOnSimObject).empty());
     EXPECT_TRUE(standin::calls(kStandinOpen).empty());
+    clockAt(30, 100.0);
+    link.close(at(30));
+    link.begin();
+    tick(31);  // opens and registers; the subscriptions' answers wait for the next dispatch
+    for (int s = 32; s <= 40; ++s) link.connectPass(at(s));
+    EXPECT_EQ(standin::calls(kStandinRequestDataOnSimObject).size(), 4u);  // the registration's
 }
 
 TEST_F(ConnectionTest, TitleDetectsTheVariantOnce) {
