@@ -21,7 +21,6 @@ namespace platform = helmbridge::platform;
 namespace standin = helmbridge::standin;
 using helmbridge::testing::at;
 using helmbridge::testing::FakeSystem;
-using std::chrono::seconds;
 
 // A hand-made data message for the read-block size rules.
 std::vector<unsigned char> dataMessage(uint32_t requestId, std::size_t payloadBytes, double fill) {
@@ -96,9 +95,10 @@ class ConnectionTest : public ::testing::Test {
     Connection link{helmbridge::testing::fakePlatform(), received};
 };
 
-// Passes 0, 5 and 10 close the null handle; 3, 4, 8 and 9 send keep-alives on it. A failed
-// process snapshot counts as a running simulator.
-TEST_F(ConnectionTest, WithoutSimulatorTriesRightAwayThenEveryFiveSecondsWithoutOpening) {
+// Without a simulator passes 0, 5 and 10 close the null handle and 3, 4, 8 and 9 send
+// keep-alives on it. A config file alone, or a failed process snapshot, counts as a simulator; a
+// refused open is tried again five passes later.
+TEST_F(ConnectionTest, SearchesRightAwayThenEveryFiveSeconds) {
     for (int s = 0; s < 11; ++s) tick(s);
     std::vector<int32_t> functions;
     for (const auto& call : standin::calls()) {
@@ -109,23 +109,18 @@ TEST_F(ConnectionTest, WithoutSimulatorTriesRightAwayThenEveryFiveSecondsWithout
     const int32_t keepAlive = kStandinRequestSystemState;
     EXPECT_EQ(functions, (std::vector<int32_t>{close, keepAlive, keepAlive, close, keepAlive,
                                                keepAlive, close}));
-    EXPECT_FALSE(link.connected());
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
-    FakeSystem::probe = platform::ProbeResult::kSnapshotFailed;
-    for (int s = 11; s <= 15; ++s) tick(s);
-    EXPECT_TRUE(link.connected());
-}
-
-TEST_F(ConnectionTest, ConfigFileAloneOpensAndFailedOpensRetryEveryFiveSeconds) {
     FakeSystem::configFile = true;
     standinSetOpenResult(static_cast<int32_t>(0x80004005));
-    for (int s = 0; s < 11; ++s) tick(s);
-    EXPECT_EQ(standin::calls(kStandinOpen).size(), 3u);
+    for (int s = 11; s <= 19; ++s) tick(s);
+    EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
     EXPECT_FALSE(link.connected());
+    FakeSystem::configFile = false;
+    FakeSystem::probe = platform::ProbeResult::kSnapshotFailed;
     standinSetOpenResult(0);
-    for (int s = 11; s < 16; ++s) tick(s);
+    tick(20);
     EXPECT_TRUE(link.connected());
-    ASSERT_EQ(standin::calls(kStandinOpen).size(), 4u);
+    ASSERT_EQ(standin::calls(kStandinOpen).size(), 2u);
     const auto open = standin::calls(kStandinOpen).back();
     EXPECT_STREQ(open.name, "HelmBridge");
     EXPECT_EQ(open.window, nullptr);
@@ -215,19 +210,19 @@ TEST_F(ConnectionTest, QuitUnregistersInOrderAndReconnectsWithoutHostAction) {
     openConnection();
     standinQuit();
     link.dispatchPass(at(0.5));
-    const auto clears = standin::calls(kStandinClearDataDefinition);
-    const std::size_t perVariable = digitInBindings().size() + switchVarBindings().size() +
-                                    analogBindings().size() + encoderBindings().size();
-    ASSERT_EQ(clears.size(), perVariable + 9);
-    EXPECT_EQ(clears[0].id, static_cast<uint32_t>(digitInBindings()[0].defineId));
-    std::vector<uint32_t> tail;
-    for (std::size_t i = perVariable; i < clears.size(); ++i) tail.push_back(clears[i].id);
-    EXPECT_EQ(tail, (std::vector<uint32_t>{3001, 3002, 3000, 3003, 3004, 3005, 3006, 3008, 3009}));
-    std::vector<uint32_t> unsubscribed;
-    for (const auto& call : standin::calls(kStandinUnsubscribeFromSystemEvent)) {
-        unsubscribed.push_back(call.id);
+    std::vector<uint32_t> expected;
+    for (const auto* table :
+         {&digitInBindings(), &switchVarBindings(), &analogBindings(), &encoderBindings()}) {
+        for (const VarBinding& row : *table)
+            expected.push_back(static_cast<uint32_t>(row.defineId));
     }
-    EXPECT_EQ(unsubscribed, (std::vector<uint32_t>{9001, 9002, 9003, 9004, 9005}));
+    expected.insert(expected.end(), {3001, 3002, 3000, 3003, 3004, 3005, 3006, 3008, 3009});
+    expected.insert(expected.end(), {9001, 9002, 9003, 9004, 9005});
+    std::vector<uint32_t> cleared;
+    for (const auto& call : standin::calls()) {
+        if (call.function != kStandinCallDispatch) cleared.push_back(call.id);
+    }
+    EXPECT_EQ(cleared, expected);   // definitions, then events
     EXPECT_TRUE(link.connected());  // until the keep-alive notices
 
     for (int s = 1; s <= 5; ++s) tick(s);
@@ -255,48 +250,38 @@ TEST_F(ConnectionTest, FramesFillTheValueArraysByPosition) {
     standinSetLVar("B_FCU_POWER", 7.0);
     standinRunFrames(1);
     link.dispatchPass(at(0.1));
-    // Entry 0 is declared with the placeholder variable, which output 470 uses too.
-    EXPECT_EQ(received.digitOut(0), 1470.0);
-    EXPECT_EQ(received.digitOut(470), 1470.0);
-    EXPECT_EQ(received.digitOut(1), 1001.0);
-    EXPECT_EQ(received.digitOut(484), 1484.0);
-    EXPECT_EQ(received.digitOut(485), 7.0);
-    EXPECT_EQ(received.digitOut(494), 1494.0);
-    for (std::size_t s = 495; s <= 500; ++s) EXPECT_EQ(received.digitOut(s), 7.0) << s;
-    EXPECT_EQ(received.digitOut(501), 0.0);  // never written
+    // Entry 0 is declared with the placeholder variable, which output 470 uses too; 501 is never
+    // written.
+    const std::pair<std::size_t, double> expected[] = {{0, 1470},   {470, 1470}, {1, 1001},
+                                                       {484, 1484}, {485, 7},    {494, 1494},
+                                                       {495, 7},    {500, 7},    {501, 0}};
+    for (const auto& [index, value] : expected) EXPECT_EQ(received.digitOut(index), value) << index;
 }
 
 // Clock readings: a rise needs two readings in a row above the last; a block too short for the
-// reading, or a malformed event, is no message at all; a crash starts the count again.
+// reading, or a malformed event, is no message at all; a crash starts the count again, and so
+// does a close.
 TEST_F(ConnectionTest, ClockReadingsAndMalformedMessages) {
-    const auto reading = [&](double v, std::size_t bytes = 8) {
-        deliver(dataMessage(5, bytes, v), 0);
-    };
     const unsigned char garbage[8] = {0xff, 0xff, 0xff, 0xff, 8, 0, 0, 0};
     link.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(garbage), 8, at(0));
     link.handleSimMessage(nullptr, 0, at(0));
-    reading(100, 7);
-    reading(101, 7);
-    EXPECT_FALSE(link.clockAdvancing());
-    reading(100);
-    EXPECT_FALSE(link.clockAdvancing());
-    reading(101);
-    EXPECT_TRUE(link.clockAdvancing());  // the first reading after a reset counts as a rise
-    reading(101);
-    EXPECT_FALSE(link.clockAdvancing());
-    reading(102);
-    reading(103);
-    EXPECT_TRUE(link.clockAdvancing());
-    tell({0, kEvent, 9005, 0});
-    EXPECT_FALSE(link.clockAdvancing());
-    reading(104);
-    EXPECT_FALSE(link.clockAdvancing());
-    reading(0.4);
-    reading(0.45);  // not a running clock at all
-    EXPECT_FALSE(link.clockAdvancing());
-    link.close(at(0));
-    reading(200);  // the first reading after a close is a rise, but only one
-    EXPECT_FALSE(link.clockAdvancing());
+    deliver(dataMessage(5, 7, 100), 0);
+    deliver(dataMessage(5, 7, 101), 0);
+    constexpr double kCrash = -1;
+    constexpr double kClose = -2;
+    const std::pair<double, bool> steps[] = {
+        {100, false}, {101, true},  {101, false},  {102, false},    {103, true}, {kCrash, false},
+        {104, false}, {0.4, false}, {0.45, false}, {kClose, false}, {200, false}};
+    for (const auto& [reading, advancing] : steps) {
+        if (reading == kCrash) {
+            tell({0, kEvent, 9005, 0});
+        } else if (reading == kClose) {
+            link.close(at(0));
+        } else {
+            clockAt(0, reading);
+        }
+        EXPECT_EQ(link.clockAdvancing(), advancing) << reading;
+    }
 }
 
 class StallWatchdog : public ConnectionTest {

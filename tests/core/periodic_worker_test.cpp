@@ -70,31 +70,5 @@ TEST(Pacing, EachKindSchedulesItsPassesOnTheLoopClock) {
     }
 }
 
-const LoopClock kSteady{&helmbridge::platform::steadyNow, &helmbridge::platform::steadySleepUntil};
-
-TEST(PeriodicWorkerThread, StopJoinsAndLeavesTheWorkerRestartable) {
-    PeriodicWorker worker;
-    worker.periodMs = 1;
-    std::atomic<int> passes{0};
-    for (int round = 0; round < 2; ++round) {
-        const int before = passes.load();
-        worker.StartWorker([&] {
-            runPeriodic(
-                worker, Pacing::FixedPause, [&](TimePoint) { ++passes; }, kSteady);
-        });
-        const auto deadline = SteadyClock::now() + std::chrono::seconds(30);
-        while (passes.load() < before + 3 && SteadyClock::now() < deadline) {
-            std::this_thread::yield();
-        }
-        worker.StopWorker();
-        EXPECT_EQ(worker.thread, nullptr);
-        EXPECT_TRUE(worker.keepRunning.load());
-        EXPECT_GE(passes.load(), before + 3);
-    }
-    const int after = passes.load();
-    worker.StopWorker();  // nothing to stop
-    EXPECT_EQ(passes.load(), after);
-}
-
 }  // namespace
 }  // namespace fenixA320
