@@ -130,7 +130,7 @@ TEST_F(ConnectionTest, SearchesRightAwayThenEveryFiveSeconds) {
 }
 
 // Every datum in declaration order: the variables, the key groups, the two blocks (entry 0 with
-// the placeholder variable), title and clock; then requests and events.
+// the placeholder variable); each request after its definition, title and clock; the events.
 TEST_F(ConnectionTest, OpenRegistersEverythingInOrder) {
     FakeSystem::probe = platform::ProbeResult::kFound;
     tick(0);
@@ -157,39 +157,37 @@ TEST_F(ConnectionTest, OpenRegistersEverythingInOrder) {
         for (const auto& [id, entry] : *list)
             number(defineId, id == 0 ? "S_DCDU1_LSK1L" : entry.first);
     }
-    expected.push_back(std::to_string(DEF_TITLE) + " TITLE ");
-    number(DEF_CLOCK, "N_MIP_CLOCK_UTC");
-    std::vector<std::string> added;
+    // Requests as "request id definition period" (3: every frame, 4: every second).
+    for (const char* call :
+         {"request 1 3006 3", "request 0 3005 3", "3008 TITLE ", "request 4 3008 4",
+          "3009 L:N_MIP_CLOCK_UTC number", "request 5 3009 4", "9001 FlightLoaded",
+          "9002 AircraftLoaded", "9003 Pause", "9004 Sim", "9005 Crashed"}) {
+        expected.push_back(call);
+    }
+    std::vector<std::string> calls;
     std::size_t odd = 0;
-    for (const auto& call : standin::calls(kStandinAddToDataDefinition)) {
-        added.push_back(std::to_string(call.id) + " " + call.name + " " + call.unit);
-        odd += call.datumType != (call.id == DEF_TITLE ? sc::SIMCONNECT_DATATYPE_STRING256
-                                                       : sc::SIMCONNECT_DATATYPE_FLOAT64) ||
-               call.epsilon != 0.0f || call.datumId != sc::SIMCONNECT_UNUSED;
+    for (const auto& call : standin::calls()) {
+        const std::string id = std::to_string(call.id);
+        if (call.function == kStandinRequestDataOnSimObject) {
+            calls.push_back("request " + id + " " + std::to_string(call.defineId) + " " +
+                            std::to_string(call.period));
+            odd += call.objectId + call.flags + call.origin + call.interval + call.limit;
+        } else if (call.function == kStandinAddToDataDefinition) {
+            calls.push_back(id + " " + call.name + " " + call.unit);
+            odd += call.datumType != (call.id == DEF_TITLE ? sc::SIMCONNECT_DATATYPE_STRING256
+                                                           : sc::SIMCONNECT_DATATYPE_FLOAT64) ||
+                   call.epsilon != 0.0f || call.datumId != sc::SIMCONNECT_UNUSED;
+        } else if (call.function == kStandinSubscribeToSystemEvent) {
+            calls.push_back(id + " " + call.name);
+        }
     }
-    EXPECT_EQ(added, expected);
+    EXPECT_EQ(calls, expected);
     EXPECT_EQ(odd, 0u);
-
-    // Requests 1 then 0 per frame, 4 and 5 per second; subscriptions 9001..9005.
-    std::vector<std::pair<uint32_t, int32_t>> requests;
-    for (const auto& call : standin::calls(kStandinRequestDataOnSimObject)) {
-        requests.emplace_back(call.id, call.period);
-        EXPECT_EQ(call.objectId + call.flags + call.origin + call.interval + call.limit, 0u);
-    }
-    EXPECT_EQ(requests,
-              (std::vector<std::pair<uint32_t, int32_t>>{{1, sc::SIMCONNECT_PERIOD_SIM_FRAME},
-                                                         {0, sc::SIMCONNECT_PERIOD_SIM_FRAME},
-                                                         {4, sc::SIMCONNECT_PERIOD_SECOND},
-                                                         {5, sc::SIMCONNECT_PERIOD_SECOND}}));
-    std::vector<std::string> events;
-    for (const auto& call : standin::calls(kStandinSubscribeToSystemEvent)) {
-        events.push_back(std::to_string(call.id) + " " + call.name);
-    }
-    EXPECT_EQ(events, (std::vector<std::string>{"9001 FlightLoaded", "9002 AircraftLoaded",
-                                                "9003 Pause", "9004 Sim", "9005 Crashed"}));
 }
 
-TEST_F(ConnectionTest, KeepAliveEveryThreeSecondsAndReconnectFiveSecondsAfterLastAnswer) {
+// Keep-alives every three passes; a quit unregisters everything in order, and the keep-alives,
+// unanswered from then on, reconnect five passes after the last answer without the host.
+TEST_F(ConnectionTest, KeepAliveQuitAndReconnect) {
     openConnection();
     for (int s = 1; s <= 9; ++s) tick(s);
     const auto keepAlives = standin::calls(kStandinRequestSystemState);
@@ -197,19 +195,9 @@ TEST_F(ConnectionTest, KeepAliveEveryThreeSecondsAndReconnectFiveSecondsAfterLas
     EXPECT_STREQ(keepAlives[0].name, "Sim");
     EXPECT_EQ(keepAlives[0].id, 3u);
 
-    standinSetKeepAliveAnswers(0);  // the answer to second 9's request never comes
-    for (int s = 10; s <= 13; ++s) tick(s);
-    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
-    tick(14);  // five passes after the last answer (second 9)
-    EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
-    EXPECT_TRUE(link.connected());
-    EXPECT_EQ(standin::counters().misuseCalls, 0u);
-}
-
-TEST_F(ConnectionTest, QuitUnregistersInOrderAndReconnectsWithoutHostAction) {
-    openConnection();
+    standinClearCalls();
     standinQuit();
-    link.dispatchPass(at(0.5));
+    link.dispatchPass(at(9.5));
     std::vector<uint32_t> expected;
     for (const auto* table :
          {&digitInBindings(), &switchVarBindings(), &analogBindings(), &encoderBindings()}) {
@@ -225,8 +213,11 @@ TEST_F(ConnectionTest, QuitUnregistersInOrderAndReconnectsWithoutHostAction) {
     EXPECT_EQ(cleared, expected);   // definitions, then events
     EXPECT_TRUE(link.connected());  // until the keep-alive notices
 
-    for (int s = 1; s <= 5; ++s) tick(s);
+    for (int s = 10; s <= 13; ++s) tick(s);
+    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
+    tick(14);
     EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
+    EXPECT_TRUE(link.connected());
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
 }
 
