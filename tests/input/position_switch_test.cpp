@@ -18,17 +18,15 @@ namespace {
 
 using Reports = std::vector<std::pair<int, int>>;
 
-TEST(PositionSwitch, NeedsAPositionZeroAndTracksEvenWhenUnbound) {
-    EXPECT_THROW(PositionSwitch(1, {{10, 1}, {11, 2}}), std::invalid_argument);
+// A switch needs a position 0. A closing contact reports its position when it changes; the opening
+// of the contact that set the position leaves it unknown, or reports the rest position of a switch
+// that has one.
+TEST(PositionSwitch, NeedsAPositionZeroAndReportsChangesOfTheClosedContactAndTheRestPosition) {
+    EXPECT_THROW(PositionSwitch(1, {{10, 1}, {11, 2}}), std::invalid_argument);  // no position 0
     EXPECT_THROW(PositionSwitch(1, {}), std::invalid_argument);
-    PositionSwitch altitude(415, {{477, 0}, {478, -1}, {479, 1}});
+    PositionSwitch altitude(415, {{477, 0}, {478, -1}, {479, 1}});  // unbound, still tracking
     altitude.OnContact(478, true);
     EXPECT_EQ(altitude.position(), -1);
-}
-
-// A closing contact reports its position when it changes; the opening of the contact that set
-// the position leaves it unknown, or reports the rest position of a switch that has one.
-TEST(PositionSwitch, ReportsChangesOfTheClosedContactAndTheRestPosition) {
     Reports reports;
     PositionSwitch intrad(22, {{22, 0}, {23, 1}, {24, 2}});
     PositionSwitch nav1(427, {{493, 1}, {494, 0}, {495, 2}});
