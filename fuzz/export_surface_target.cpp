@@ -62,11 +62,13 @@ uint64_t opens() {
 }
 
 // Reads the input front to back; past the end every read yields zeros.
-class Reader {
-  public:
-    Reader(const uint8_t* data, std::size_t size) : data_(data), size_(size) {}
-    bool done() const { return at_ >= size_; }
-    uint8_t byte() { return at_ < size_ ? data_[at_++] : 0; }
+struct Reader {
+    const uint8_t* data;
+    std::size_t size;
+    std::size_t at = 0;
+
+    bool done() const { return at >= size; }
+    uint8_t byte() { return at < size ? data[at++] : 0; }
     template <typename T>
     T value() {
         unsigned char bytes[sizeof(T)] = {};
@@ -78,43 +80,25 @@ class Reader {
     std::string text() {
         const std::size_t length = byte() * 2u;  // up to 510: titles longer than the datum
         std::string out;
-        for (std::size_t i = 0; i < length && !done(); ++i)
-            out.push_back(static_cast<char>(byte()));
+        while (out.size() < length && !done()) out.push_back(static_cast<char>(byte()));
         return out;
     }
-
-  private:
-    const uint8_t* data_;
-    std::size_t size_;
-    std::size_t at_ = 0;
 };
 
 // A signal id: a list's own id most of the time, else any 32-bit value.
 int32_t pickId(Reader& in, const fenixA320::SigList& list) {
-    const uint8_t how = in.byte();
-    if ((how & 3) != 0 && !list.empty()) {
-        auto it = list.begin();
-        std::advance(it, static_cast<long>(in.value<uint16_t>() % list.size()));
-        return it->first;
+    if ((in.byte() & 3) != 0 && !list.empty()) {
+        return std::next(list.begin(), in.value<uint16_t>() % list.size())->first;
     }
     return in.value<int32_t>();
 }
 
 double pickDouble(Reader& in) {
-    static constexpr double kSpecial[] = {0.0,
-                                          -0.0,
-                                          1.0,
-                                          -1.0,
-                                          0.5,
-                                          1e308,
-                                          -1e308,
-                                          4.9e-324,
-                                          2.2250738585072014e-308,
-                                          std::numeric_limits<double>::infinity(),
-                                          -std::numeric_limits<double>::infinity(),
-                                          std::numeric_limits<double>::quiet_NaN(),
-                                          2500.0,
-                                          100.0};
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    static constexpr double kSpecial[] = {
+        0.0,  -0.0,  1.0,  -1.0,   0.5,  1e308, -1e308, 4.9e-324, 2.2250738585072014e-308,
+        kInf, -kInf, kNaN, 2500.0, 100.0};
     const uint8_t how = in.byte();
     if (how < 64) return kSpecial[how % std::size(kSpecial)];
     if (how < 128) return static_cast<double>(in.value<int16_t>()) / 100.0;
@@ -123,10 +107,7 @@ double pickDouble(Reader& in) {
 
 // The host side of the callbacks: trivial, or one that throws. The servo worker and the output
 // cycle call them on different threads.
-struct HostSink {
-    std::atomic<uint64_t> calls{0};
-    std::atomic<std::size_t> textBytes{0};
-};
+using HostSink = std::atomic<uint64_t>;
 
 // A host function when the bit is set, else none.
 template <typename Proc, typename Fn>
@@ -135,38 +116,18 @@ Proc when(uint8_t bit, Fn fn) {
 }
 
 void installCallbacks(FenixA320Core& core, uint8_t how, HostSink& sink) {
-    const bool throwing = (how & 0x20) != 0;
-    core.SetDigitOutProc(when<fenixA320::DigitOutProc>(how & 1, [&sink, throwing](unsigned, bool) {
+    const auto host = [&sink, throwing = (how & 0x20) != 0](unsigned, auto) {
         if (throwing) throw std::runtime_error("host");
-        return ++sink.calls != 0;
-    }));
-    core.SetDisplayProc(when<fenixA320::DisplayProc>(how & 2, [&sink](unsigned, std::string text) {
-        sink.textBytes += text.size();
-        return true;
-    }));
-    const auto count = [&sink](unsigned, double) { return ++sink.calls != 0; };
+        return ++sink != 0;
+    };
+    core.SetDigitOutProc(when<fenixA320::DigitOutProc>(how & 1, host));
+    core.SetDisplayProc(when<fenixA320::DisplayProc>(
+        how & 2, [&sink](unsigned, std::string text) { return (sink += text.size()) != 0; }));
+    const auto count = [&sink](unsigned, double) { return ++sink != 0; };
     core.SetServoProc(when<fenixA320::ServoProc>(how & 4, count));
     core.SetServoSpeedProc(when<fenixA320::ServoProc>(how & 8, count));
     // The PWM wrapper is always installed; around an empty host function it sends nothing.
-    core.SetPwmProc(when<fenixA320::PwmProc>(how & 16, [&sink, throwing](unsigned, double) {
-        if (throwing) throw std::runtime_error("host");
-        return ++sink.calls != 0;
-    }));
-}
-
-// The exports' own gating: inputs only while connected, nothing thrown across the boundary.
-void hostDigitIn(FenixA320Core& core, int32_t id, bool state) {
-    if (core.GetConnectStatus()) core.SetDigitIn(id, state);
-}
-void hostEncoder(FenixA320Core& core, int32_t id, int32_t direction) {
-    if (core.GetConnectStatus()) core.SetEncoder(id, direction);
-}
-void hostAnalog(FenixA320Core& core, int32_t id, double value) {
-    if (!core.GetConnectStatus()) return;
-    try {
-        core.SetAnalog(id, value);
-    } catch (const std::exception&) {
-    }
+    core.SetPwmProc(when<fenixA320::PwmProc>(how & 16, host));
 }
 
 const fenixA320::SigList& listByIndex(uint8_t index) {
@@ -186,23 +147,26 @@ bool workersAllowed() {
     return true;
 }
 
-// An input from the host, or an output cycle: what a host may call while the workers run.
+// An input from the host, or an output cycle: what a host may call while the workers run. The
+// inputs are gated as the exports gate them: only while connected, nothing thrown to the host.
 void hostCall(FenixA320Core& core, Reader& in, uint8_t which) {
-    switch (which) {
-        case 0:
-            hostDigitIn(core, pickId(in, fenixA320::digitInSigList()), (in.byte() & 1) != 0);
-            break;
-        case 1:
-            hostEncoder(core, pickId(in, fenixA320::encoderSigList()), in.value<int32_t>());
-            break;
-        case 2: {
-            const int32_t id = pickId(in, fenixA320::analogSigList());
-            hostAnalog(core, id, pickDouble(in));
-            break;
+    if (which == 3) {
+        core.UpdateOutput();
+    } else if (which == 0) {
+        const int32_t id = pickId(in, fenixA320::digitInSigList());
+        const bool state = (in.byte() & 1) != 0;
+        if (core.GetConnectStatus()) core.SetDigitIn(id, state);
+    } else if (which == 1) {
+        const int32_t id = pickId(in, fenixA320::encoderSigList());
+        const int32_t direction = in.value<int32_t>();
+        if (core.GetConnectStatus()) core.SetEncoder(id, direction);
+    } else {
+        const int32_t id = pickId(in, fenixA320::analogSigList());
+        const double value = pickDouble(in);
+        try {
+            if (core.GetConnectStatus()) core.SetAnalog(id, value);
+        } catch (const std::exception&) {
         }
-        default:
-            core.UpdateOutput();
-            break;
     }
 }
 
@@ -234,15 +198,14 @@ void simulatorEvent(Reader& in) {
 void fuzzOutputVariable(Reader& in) {
     const auto& list =
         (in.byte() & 1) != 0 ? fenixA320::digitOutSigList() : fenixA320::displaySigList();
-    auto it = list.begin();
-    std::advance(it, static_cast<long>(in.value<uint16_t>() % list.size()));
-    standinSetLVar(it->second.first.c_str(), pickDouble(in));
+    const auto& entry = *std::next(list.begin(), in.value<uint16_t>() % list.size());
+    standinSetLVar(entry.second.first.c_str(), pickDouble(in));
 }
 
 }  // namespace
 
 int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
-    Reader in(data, size);
+    Reader in{data, size};
     standinReset();
     HostSink sink;
     auto core = std::make_unique<FenixA320Core>(kSimulatorFound);
@@ -251,6 +214,12 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
 
     for (int op = 0; op < 512 && !in.done(); ++op) {
         const uint8_t selector = in.byte() % 16;
+        if (selector >= 2 && selector <= 7) {
+            // Digital inputs, encoders, analog values, output cycles: 2:1:2:1.
+            static constexpr uint8_t kCall[] = {0, 0, 1, 2, 2, 3};
+            hostCall(*core, in, kCall[selector - 2]);
+            continue;
+        }
         switch (selector) {
             case 0:  // the connection loop decides to (re)connect, the OPEN message registers
                 if (opens() >= kMaxConnects) break;
@@ -259,27 +228,13 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
                 core->dispatchPass(now);
                 break;
             case 1:
-                if ((in.byte() & 1) != 0) {
-                    standinQuit();
-                } else {
-                    standinLoseConnections();
-                }
+                (in.byte() & 1) != 0 ? standinQuit() : standinLoseConnections();
                 core->dispatchPass(now);
                 break;
-            case 2:  // digital inputs, encoders, analog values, output cycles: 2:1:2:1
-            case 3:
-            case 4:
-            case 5:
-            case 6:
-            case 7: {
-                static constexpr uint8_t kCall[] = {0, 0, 1, 2, 2, 3};
-                hostCall(*core, in, kCall[selector - 2]);
-                break;
-            }
             case 8: {
                 fenixA320::SigList host{{-1, {"stale", "entry"}}};
                 host = listByIndex(in.byte());
-                sink.textBytes += host.size();
+                sink += host.size();
                 break;
             }
             case 9:

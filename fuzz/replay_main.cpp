@@ -11,41 +11,34 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size);
 
-namespace {
-
-int replayFile(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        std::fprintf(stderr, "cannot read %s\n", file.string().c_str());
-        return 1;
-    }
-    const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(stream)),
-                                     std::istreambuf_iterator<char>());
-    std::printf("%s (%zu bytes)\n", file.string().c_str(), bytes.size());
-    std::fflush(stdout);
-    LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-    return 0;
-}
-
-}  // namespace
-
 int main(int argc, char** argv) {
+    namespace fs = std::filesystem;
     helmbridge::fuzz::alwaysRunWorkers = true;
-    int failures = 0;
-    int replayed = 0;
+    std::vector<fs::path> files;
     for (int i = 1; i < argc; ++i) {
-        const std::filesystem::path path(argv[i]);
-        if (std::filesystem::is_directory(path)) {
-            for (const auto& entry : std::filesystem::directory_iterator(path)) {
-                if (!entry.is_regular_file()) continue;
-                failures += replayFile(entry.path());
-                ++replayed;
-            }
-        } else {
-            failures += replayFile(path);
-            ++replayed;
+        if (!fs::is_directory(argv[i])) {
+            files.emplace_back(argv[i]);
+            continue;
+        }
+        for (const auto& entry : fs::directory_iterator(argv[i])) {
+            if (entry.is_regular_file()) files.push_back(entry.path());
         }
     }
-    std::printf("replayed %d inputs\n", replayed);
+    int failures = 0;
+    for (const fs::path& file : files) {
+        std::ifstream stream(file, std::ios::binary);
+        if (!stream) {
+            std::fprintf(stderr, "cannot read %s\n", file.string().c_str());
+            ++failures;
+            continue;
+        }
+        const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(stream)),
+                                         std::istreambuf_iterator<char>());
+        // The name first, so a crash shows which input caused it.
+        std::printf("%s (%zu bytes)\n", file.string().c_str(), bytes.size());
+        std::fflush(stdout);
+        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+    }
+    std::printf("replayed %zu inputs\n", files.size() - static_cast<std::size_t>(failures));
     return failures == 0 ? 0 : 1;
 }
