@@ -27,6 +27,7 @@ SignalLists sampleLists() {
     return lists;
 }
 
+// Beside what the lists in WriteSignals show (commas, quotes, pipes and blanks at the edges).
 TEST(FieldEscapes, EachFormatEscapesOnlyWhatItMust) {
     const std::string dot = "\xC2\xB7";
     const struct {
@@ -35,22 +36,15 @@ TEST(FieldEscapes, EachFormatEscapesOnlyWhatItMust) {
         std::string out;
     } rows[] = {
         {&csvField, "inner blank", "inner blank"},
-        {&csvField, "[0:Normal, 1:Pushed]", "\"[0:Normal, 1:Pushed]\""},
-        {&csvField, "say \"hi\"", "\"say \"\"hi\"\"\""},
         {&csvField, "two\nlines", "\"two\nlines\""},
         {&csvField, "S_XPDR_MODE_TA   ", "\"S_XPDR_MODE_TA   \""},
-        {&csvField, " lead", "\" lead\""},
-        {&visibleBlanks, "S_XPDR_MODE_TA   ", "S_XPDR_MODE_TA" + dot + dot + dot},
         {&visibleBlanks, " a b ", dot + "a b" + dot},
         {&visibleBlanks, "  ", dot + dot},
         {&visibleBlanks, "ASP  Channel", "ASP  Channel"},
-        {&markdownCell, "a|b", "a\\|b"},
-        {&markdownCell, "[0~2500]", "[0\\~2500]"},
-        {&markdownCell, "x*y<z`w\\", "x\\*y\\<z\\`w\\\\"},
+        {&markdownCell, "x*y<z`w\\[0~2500]", "x\\*y\\<z\\`w\\\\[0\\~2500]"},
         {&markdownCell, "S_ADF1_TFC.Radio", "S_ADF1_TFC.Radio"},
         {&markdownCell, "_lead trail_ (_x_)", "\\_lead trail\\_ (\\_x\\_)"},
-        {&jsonString, "a\"b\\c", "\"a\\\"b\\\\c\""},
-        {&jsonString, "tab\tline\n\x01", "\"tab\\tline\\n\\u0001\""},
+        {&jsonString, "a\"b\\c\tline\n\x01", "\"a\\\"b\\\\c\\tline\\n\\u0001\""},
     };
     for (const auto& row : rows) EXPECT_EQ(row.escape(row.in), row.out) << row.in;
 }

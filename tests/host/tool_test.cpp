@@ -73,7 +73,8 @@ TEST(ToolCommandLine, HelpNamesEveryCommand) {
 }
 
 // A mistake is one line on standard error and exit code 2, with nothing printed but comments; a
-// bad line ends a piped script before the status line after it.
+// bad line ends a piped script before the status line after it. Each lookup's own wording is
+// signals_test.cpp's.
 TEST(ToolCommandLine, EachMistakeIsOneLineOnStandardErrorWithExitCodeTwo) {
     const std::string standin = (programDirectory() / HELMBRIDGE_STANDIN_FILE).string();
     const struct {
@@ -89,9 +90,6 @@ TEST(ToolCommandLine, EachMistakeIsOneLineOnStandardErrorWithExitCodeTwo) {
         {{"--module", "no-such-module.bin", "signals"}, "", "module not found: no-such-module.bin"},
         {{"--module", standin, "signals"}, "", "missing export Start in " + standin},
         {{"run"}, "press 167x\n", "unknown digital input '167x'"},
-        {{"run"},
-         "press S_DCDU1_LSK1L\n",
-         "'S_DCDU1_LSK1L' names 3 digital inputs (ids 387, 963, 964): give the id"},
         {{"run"},
          "turn E_FCU_SPEED lots\n",
          "turn takes a detent count from -1000 to +1000, not 'lots'"},
@@ -193,9 +191,9 @@ TEST(ToolBench, PrintsTheChangesAPipedScriptCausesAndStatusListsThem) {
 // On Windows the test command runs the demo under Wine by itself.
 #if !defined(_WIN32)
 TEST(ToolDemo, RunsToItsSummaryWithExitCodeZero) {
-    const ToolRun run =
-        runTool({"demo", "--seconds", "4"});  // standard output is a file: plain lines
+    const ToolRun run = runTool({"demo", "--seconds", "4"});
     EXPECT_EQ(run.exitCode, 0) << run.out << run.err;
+    // Standard output is a file: plain lines.
     EXPECT_EQ(run.out.find('\x1b'), std::string::npos);
     const std::vector<std::string> out = lines(run.out);
     ASSERT_FALSE(out.empty());
