@@ -34,6 +34,7 @@ namespace {
 using fenixA320::FenixA320Core;
 using fenixA320::SteadyClock;
 using fenixA320::TimePoint;
+namespace standin = helmbridge::standin;
 
 // Sleeps are real only while workers run: the passes the input drives never wait.
 std::atomic<bool> realSleeps{false};
@@ -54,12 +55,6 @@ const platform::Platform kSimulatorFound{
 // Each connection registers about 1 200 definitions; past a few per input they only slow the
 // search down, so later reconnects are skipped.
 constexpr uint64_t kMaxConnects = 3;
-
-uint64_t opens() {
-    StandinCounters counters{};
-    standinCounters(&counters);
-    return counters.opens;
-}
 
 // Reads the input front to back; past the end every read yields zeros.
 struct Reader {
@@ -214,6 +209,7 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
 
     for (int op = 0; op < 512 && !in.done(); ++op) {
         const uint8_t selector = in.byte() % 16;
+        const bool mayConnect = standin::counters().opens < kMaxConnects;
         if (selector >= 2 && selector <= 7) {
             // Digital inputs, encoders, analog values, output cycles: 2:1:2:1.
             static constexpr uint8_t kCall[] = {0, 0, 1, 2, 2, 3};
@@ -222,7 +218,7 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
         }
         switch (selector) {
             case 0:  // the connection loop decides to (re)connect, the OPEN message registers
-                if (opens() >= kMaxConnects) break;
+                if (!mayConnect) break;
                 for (int pass = 0; pass < 5; ++pass)
                     core->connectPass(now);  // the fifth reconnects
                 core->dispatchPass(now);
@@ -248,7 +244,7 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
                 if ((which & 4) != 0) core->rudderTrimPass(now);
                 if ((which & 8) != 0) core->inputReplayPass(now);
                 if ((which & 16) != 0) core->dispatchPass(now);
-                if ((which & 32) != 0 && opens() < kMaxConnects) core->connectPass(now);
+                if ((which & 32) != 0 && mayConnect) core->connectPass(now);
                 break;
             }
             case 11:
