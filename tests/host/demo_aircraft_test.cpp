@@ -56,7 +56,6 @@ constexpr Step kSession[] = {
     {"E_FCU_ALTITUDE",          2,      1,      "N_FCU_ALTITUDE",                 10200},
     {"S_FCU_AP1",               kPush,  1,      "I_FCU_AP1",                      1},
     {"S_FCU_AP1",               kPush,  1,      "I_FCU_AP1",                      0},
-    {"S_FCU_APPR",              kPush,  1,      "I_FCU_APPR",                     1},
     {"S_FCU_AP2",               kPush,  1,      "I_FCU_AP2",                      1},
     // The motor holds the wheel; the switches run the trim for two seconds.
     {"A_FC_ELEVATOR_TRIM",      1000,   1,      "N_FC_ELEVATOR_TRIM",             2.5},
@@ -65,12 +64,11 @@ constexpr Step kSession[] = {
     // The parking brake ramps the pressure at 2500 psi/s.
     {"S_MIP_PARKING_BRAKE",     1,      3,      "N_HYD_PRESSURE_BRAKE_LEFT",      250},
     {nullptr,                   0,      30,     "N_HYD_PRESSURE_BRAKE_RIGHT",     2000},
-    // Either battery powers the FCU; without both everything disengages.
+    // Either battery powers the FCU; without both the autopilot disengages.
     {"S_OH_ELEC_BAT2",          kPush,  1,      nullptr,                          0},
     {"S_OH_ELEC_BAT1",          kPush,  1,      "B_FCU_POWER",                    1},
     {"S_OH_ELEC_BAT2",          kPush,  1,      "B_FCU_POWER",                    0},
     {nullptr,                   0,      0,      "I_FCU_AP2",                      0},
-    {nullptr,                   0,      0,      "I_FCU_APPR",                     0},
 };
 // clang-format on
 

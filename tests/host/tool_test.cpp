@@ -40,7 +40,6 @@ bool contains(const std::vector<std::string>& haystack, const std::string& needl
 TEST(ToolSignals, CsvRoundTripsEveryListOfTheModule) {
     const ToolRun run = runTool({"signals", "--format", "csv"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.out.rfind("list,id,variable,label\r\n", 0), 0u);
     std::vector<std::vector<std::string>> records;
     ASSERT_TRUE(parseCsv(run.out, records));
     const std::pair<const char*, const fenixA320::SigList&> lists[] = {
@@ -52,16 +51,14 @@ TEST(ToolSignals, CsvRoundTripsEveryListOfTheModule) {
         {"servo", fenixA320::servoSigList()},
         {"pwm", fenixA320::pwmSigList()},
     };
-    std::size_t record = 1;  // after the header
+    std::vector<std::vector<std::string>> expected{{"list", "id", "variable", "label"}};
     for (const auto& [name, list] : lists) {
         for (const auto& [id, entry] : list) {
-            ASSERT_LT(record, records.size());
-            EXPECT_EQ(records[record], (std::vector<std::string>{name, std::to_string(id),
-                                                                 entry.first, entry.second}));
-            ++record;
+            expected.push_back({name, std::to_string(id), entry.first, entry.second});
         }
     }
-    EXPECT_EQ(record, records.size());
+    ASSERT_EQ(records.size(), expected.size());
+    for (std::size_t i = 0; i < records.size(); ++i) EXPECT_EQ(records[i], expected[i]) << i;
 }
 
 TEST(ToolCommandLine, HelpNamesEveryCommand) {
