@@ -1,8 +1,7 @@
 // Tests of the simulator stand-in, driven through the bound client functions and its controls.
-// What the module's own tests already pin through the stand-in (the datums and call arguments
-// of a registration and the definitions they fill, writes landing in variables, the keep-alive's
-// answers, a QUIT and the dead link after it, reconnects under concurrent dispatch) is not
-// repeated here.
+// What the module's own tests already pin through the stand-in (the call arguments of a
+// registration, writes landing in variables, the keep-alive's answers, a QUIT and the dead link
+// after it, reconnects under concurrent dispatch) is not repeated here.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -169,6 +168,10 @@ TEST_F(StandIn, DefinitionsKeepTheirDatumsPerConnectionSetDataWritesThemAndCalls
     add(handle, 3000, "L:S_CDU1_KEY_A");
     add(handle, 3008, "TITLE", sc::SIMCONNECT_DATATYPE_STRING256);
     add(handle, 3000, "L:s_cdu1_key_b");
+    const auto keys = standin::datums(3000);
+    ASSERT_EQ(keys.size(), 2u);
+    EXPECT_STREQ(keys[1].name, "L:s_cdu1_key_b");
+    EXPECT_EQ(standin::datums(3008).at(0).size, 256u);
 
     // Datum order decides which variable a value lands in; letter case does not matter.
     double block[2] = {1.0, 2.0};
