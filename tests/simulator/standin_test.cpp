@@ -310,7 +310,8 @@ TEST_F(StandIn, SubscribedSystemEventsArriveWithTheirIdsAndData) {
     EXPECT_TRUE(dispatch(handle).empty());
 }
 
-// The answers themselves and switching them off are the connection tests' (keep-alive).
+// The answers themselves and switching them off are the connection tests' (keep-alive,
+// reconnect cycles).
 TEST_F(StandIn, ADispatchCallbackMayReenterAndClose) {
     sc::HANDLE handle = openQuiet();
     ASSERT_EQ(api->requestSystemState(handle, 3, "Sim"), sc::kSOk);
