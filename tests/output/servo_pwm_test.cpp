@@ -33,8 +33,9 @@ TEST_F(TrimServo, SettledWheelGetsFixedSpeedFromTheTwentiethPassAndStaleOrNaNPas
     for (int i = 0; i < 19; ++i) EXPECT_EQ(speed(50 * i, 0.01), 250.0) << i;  // 120 raised
     EXPECT_EQ(speed(950, 0.01), 1000.0);
     EXPECT_EQ(speed(1000, 0.01), 1000.0);
-    EXPECT_EQ(speed(1050, 0.02), 250.0);  // one pass at 0.02 restarts the count
-    EXPECT_EQ(speed(1100, 0.0), 250.0);
+    EXPECT_EQ(speed(1050, 0.02), 250.0);  // one pass at 0.02 restarts the count from zero
+    for (int i = 1; i < 20; ++i) EXPECT_EQ(speed(1050 + 50 * i, 0.0), 250.0) << i;
+    EXPECT_EQ(speed(2050, 0.0), 1000.0);
     // A pass a second or more later, or not a number, leaves the filter alone.
     state = ServoState{};
     for (int i = 0; i <= 2; ++i) speed(50 * i, 0.5);  // two samples of 10.0
