@@ -5,6 +5,7 @@
 #include <iterator>
 #include <random>
 #include <sstream>
+#include <utility>
 
 #include "tests/support/eventually.h"
 
@@ -43,24 +44,17 @@ ScratchDirectory::~ScratchDirectory() {
 
 namespace {
 
-// One argument as the C runtime's command-line parser reads it back.
+// One argument as the C runtime's command-line parser reads it back: quoted, with the
+// backslashes before a quote, and before the closing one, doubled.
 std::wstring quoted(const std::wstring& argument) {
-    if (!argument.empty() && argument.find_first_of(L" \t\"") == std::wstring::npos) {
-        return argument;
-    }
     std::wstring out = L"\"";
     std::size_t backslashes = 0;
     for (const wchar_t c : argument) {
-        if (c == L'\\') {
-            ++backslashes;
-            continue;
-        }
-        out.append(c == L'"' ? 2 * backslashes + 1 : backslashes, L'\\');
+        out.append(c == L'"' ? backslashes + 1 : 0, L'\\');
+        backslashes = c == L'\\' ? backslashes + 1 : 0;
         out += c;
-        backslashes = 0;
     }
-    out.append(2 * backslashes, L'\\');
-    return out + L"\"";
+    return out.append(backslashes, L'\\') + L"\"";
 }
 
 HANDLE inheritable(const fs::path& file, bool write) {
@@ -100,30 +94,24 @@ ChildProcess::ChildProcess(const fs::path& program, const std::vector<std::strin
 
 int ChildProcess::wait(std::chrono::seconds timeout) {
     if (!started()) return kNotStarted;
-    const auto process = reinterpret_cast<HANDLE>(process_);
-    int result = kTimedOut;
-    if (WaitForSingleObject(process, static_cast<DWORD>(timeout.count() * 1000)) == WAIT_OBJECT_0) {
-        DWORD code = 0;
-        GetExitCodeProcess(process, &code);
-        result = static_cast<int>(code);
-    } else {
-        TerminateProcess(process, 1);
-        WaitForSingleObject(process, 30000);
-    }
+    const auto process = reinterpret_cast<HANDLE>(std::exchange(process_, 0));
+    const auto milliseconds = static_cast<DWORD>(timeout.count() * 1000);
+    const bool exited = WaitForSingleObject(process, milliseconds) == WAIT_OBJECT_0;
+    if (!exited) TerminateProcess(process, 1);
+    WaitForSingleObject(process, 30000);  // a killed process lets go of its files
+    DWORD code = 0;
+    GetExitCodeProcess(process, &code);
     CloseHandle(process);
-    process_ = 0;
-    return result;
+    return exited ? static_cast<int>(code) : kTimedOut;
 }
 
 ProcessUsage processUsage() {
     ProcessUsage now;
-    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
     THREADENTRY32 entry{};
     entry.dwSize = sizeof(entry);
-    if (Thread32First(snapshot, &entry)) {
-        do {
-            if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++now.threads;
-        } while (Thread32Next(snapshot, &entry));
+    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
+        if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++now.threads;
     }
     CloseHandle(snapshot);
     DWORD handles = 0;
@@ -136,10 +124,9 @@ ProcessUsage processUsage() {
         now.handles = static_cast<long>(reinterpret_cast<std::uintptr_t>(fresh) / 4);
         CloseHandle(fresh);
     }
-    PROCESS_MEMORY_COUNTERS memory{};
-    if (GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory))) {
-        now.memoryKb = static_cast<long>(memory.WorkingSetSize / 1024);
-    }
+    PROCESS_MEMORY_COUNTERS memory{};  // zero when unreadable
+    GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof(memory));
+    now.memoryKb = static_cast<long>(memory.WorkingSetSize / 1024);
     return now;
 }
 
@@ -152,26 +139,23 @@ ChildProcess::ChildProcess(const fs::path& program, const std::vector<std::strin
     for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_t io;
+    posix_spawn_file_actions_init(&io);
     if (streams != nullptr) {
-        posix_spawn_file_actions_addopen(&actions, 0, streams->in.c_str(), O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&io, 0, streams->in.c_str(), O_RDONLY, 0);
         const int write = O_WRONLY | O_CREAT | O_TRUNC;
-        posix_spawn_file_actions_addopen(&actions, 1, streams->out.c_str(), write, 0600);
-        posix_spawn_file_actions_addopen(&actions, 2, streams->err.c_str(), write, 0600);
+        posix_spawn_file_actions_addopen(&io, 1, streams->out.c_str(), write, 0600);
+        posix_spawn_file_actions_addopen(&io, 2, streams->err.c_str(), write, 0600);
     }
-    if (!directory.empty()) posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
+    if (!directory.empty()) posix_spawn_file_actions_addchdir_np(&io, directory.c_str());
     pid_t pid = 0;
-    if (posix_spawn(&pid, file.c_str(), &actions, nullptr, argv.data(), environ) == 0) {
-        process_ = pid;
-    }
-    posix_spawn_file_actions_destroy(&actions);
+    if (posix_spawn(&pid, file.c_str(), &io, nullptr, argv.data(), environ) == 0) process_ = pid;
+    posix_spawn_file_actions_destroy(&io);
 }
 
 int ChildProcess::wait(std::chrono::seconds timeout) {
     if (!started()) return kNotStarted;
-    const auto pid = static_cast<pid_t>(process_);
-    process_ = 0;
+    const auto pid = static_cast<pid_t>(std::exchange(process_, 0));
     int status = 0;
     if (!eventually([&] { return waitpid(pid, &status, WNOHANG) == pid; }, timeout)) {
         kill(pid, SIGKILL);
@@ -183,15 +167,12 @@ int ChildProcess::wait(std::chrono::seconds timeout) {
 
 ProcessUsage processUsage() {
     ProcessUsage now;
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        std::istringstream fields(line);
-        std::string name;
-        fields >> name;
-        if (name == "Threads:") fields >> now.threads;
-        if (name == "VmRSS:") fields >> now.memoryKb;
-    }
+    now.threads = std::distance(fs::directory_iterator("/proc/self/task"), {});
     now.handles = std::distance(fs::directory_iterator("/proc/self/fd"), {});
+    std::ifstream status("/proc/self/status");
+    for (std::string field; status >> field;) {
+        if (field == "VmRSS:") status >> now.memoryKb;
+    }
     return now;
 }
 
@@ -221,8 +202,7 @@ std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> out;
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        out.push_back(line);
+        out.push_back(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line);
     }
     return out;
 }
