@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstring>
-#include <thread>
 
 #include "core/core.h"
 #include "simulator/standin_control.h"
@@ -18,19 +16,13 @@ namespace standin = helmbridge::standin;
 using helmbridge::testing::eventually;
 using helmbridge::testing::FakeSystem;
 
-class CoreLifecycle : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        standinReset();
-        FakeSystem::reset(platform::ProbeResult::kFound);
-        FakeSystem::synthetic = false;  // real workers on the steady clock
-    }
-};
-
 // A stop before any start calls nothing. A running core connects at once, sends a switch and
 // shows a lamp; Stop unregisters and closes, and the next Start connects again with the values
 // received so far still there; a second Start restarts with six workers, a stop leaves none.
-TEST_F(CoreLifecycle, RunStopAndRestartAgainstTheStandIn) {
+TEST(CoreLifecycle, RunStopAndRestartAgainstTheStandIn) {
+    standinReset();
+    FakeSystem::reset(platform::ProbeResult::kFound);
+    FakeSystem::synthetic = false;  // real workers on the steady clock
     FenixA320Core core{helmbridge::testing::fakePlatform()};
     EXPECT_TRUE(core.Stop());
     EXPECT_TRUE(standin::calls().empty());

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace fenixA320 {
@@ -13,20 +14,15 @@ using std::chrono::milliseconds;
 TimePoint at(int64_t ms) { return TimePoint{} + milliseconds(ms); }
 
 // A clock that only moves when a pass does work or the loop sleeps.
-struct FakeClock {
-    static inline TimePoint current{};
-    static TimePoint now() { return current; }
-    static void sleepUntil(TimePoint wake) {
-        if (wake > current) current = wake;
-    }
-    static constexpr LoopClock loopClock{&FakeClock::now, &FakeClock::sleepUntil};
-};
+TimePoint current{};
+const LoopClock kFakeClock{[] { return current; },
+                           [](TimePoint wake) { current = std::max(current, wake); }};
 
 // Runs a loop whose passes take the given durations and records when each pass began. Each pass
 // changes the period, which must not reach the running loop; no durations: the flag is false on
 // entry.
 std::vector<int64_t> passStarts(Pacing pacing, uint16_t periodMs, const std::vector<int>& workMs) {
-    FakeClock::current = at(0);
+    current = at(0);
     PeriodicWorker worker;
     worker.periodMs = periodMs;
     worker.keepRunning = !workMs.empty();
@@ -36,11 +32,11 @@ std::vector<int64_t> passStarts(Pacing pacing, uint16_t periodMs, const std::vec
         worker, pacing,
         [&](TimePoint now) {
             starts.push_back(std::chrono::duration_cast<milliseconds>(now - at(0)).count());
-            if (index < workMs.size()) FakeClock::current += milliseconds(workMs[index]);
+            if (index < workMs.size()) current += milliseconds(workMs[index]);
             worker.periodMs = 1000;
             if (++index >= workMs.size()) worker.keepRunning = false;
         },
-        FakeClock::loopClock);
+        kFakeClock);
     return starts;
 }
 

@@ -34,7 +34,6 @@ TEST(VariantDetector, PrintsOneLinePerChange) {
     lines.clear();
     std::atomic<int32_t> variant{kUnknown};
     DetectVariant(&variant, "Airliner without marker", capture);
-    EXPECT_TRUE(lines.empty());
     DetectVariant(&variant, "Fenix A320 Test", capture);
     DetectVariant(&variant, "Fenix A320 Test", capture);
     DetectVariant(&variant, "", capture);
