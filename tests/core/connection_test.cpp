@@ -426,9 +426,8 @@ TEST_F(ConnectionTest, ReconnectCyclesWithConcurrentDispatchNeverTouchAClosedHan
     dispatcher.join();
     writer.join();
     standinStopFrameThread();
-    const StandinCounters counters = standin::counters();
-    EXPECT_GE(counters.opens, 300u);
-    EXPECT_EQ(counters.misuseCalls, 0u);
+    EXPECT_GE(standin::counters().opens, 300u);
+    EXPECT_EQ(standin::counters().misuseCalls, 0u);
 }
 
 }  // namespace

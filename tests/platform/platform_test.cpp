@@ -56,7 +56,6 @@ TEST(ProcessProbe, WalksOnlyNumericEntriesAndReadsArgvZero) {
         std::ofstream(proc.path() / entry / "cmdline", std::ios::binary) << cmdline;
     };
     addProcess("1", "/sbin/init\0splash"s);
-    addProcess("2", "");                            // kernel thread: empty command line
     addProcess("self", "FlightSimulator.exe");      // not a process id
     fs::create_directories(proc.path() / "3");      // vanished: no cmdline
     addProcess("4", "wine\0FlightSimulator.exe"s);  // only argv[0] counts

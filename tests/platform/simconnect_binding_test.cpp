@@ -44,7 +44,6 @@ TEST(SimConnectBinding, FirstWorkingPlaceBindsAndAFailedSearchNamesEveryPlace) {
     const std::filesystem::path directory = platform::moduleDirectory();
     // This code is linked into the test program, so its file is the program's; equivalent() is
     // unreliable for directories on Windows.
-    ASSERT_FALSE(directory.empty());
     ASSERT_EQ(std::filesystem::weakly_canonical(directory),
               std::filesystem::weakly_canonical(helmbridge::testing::programDirectory()));
     const platform::SearchPlace missing{"next to the module", directory / "none" / "x.dll"};
