@@ -29,7 +29,8 @@ TEST(Module, ListsStartAndStopThroughTheExports) {
         EXPECT_TRUE(module->getList[i](host) && host == *expected[i]) << "list " << i;
     }
     EXPECT_FALSE(module->getConnectStatus());
-    EXPECT_TRUE(module->stop());  // stop before any start is harmless
+    EXPECT_TRUE(module->stop());               // stop before any start is harmless
+    EXPECT_FALSE(module->setAnalog(89, 0.5));  // not connected: nothing to process
     EXPECT_TRUE(module->setDigitOutProc([](unsigned, bool) { return true; }));
     EXPECT_TRUE(module->setDisplayProc([](unsigned, const std::string&) { return true; }));
     EXPECT_TRUE(module->setServoProc([](unsigned, double) { return true; }));
