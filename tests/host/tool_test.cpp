@@ -31,10 +31,6 @@ ToolRun runTool(const std::vector<std::string>& arguments, const std::string& in
     return testing::runProgram(tool, arguments, input, directory);
 }
 
-bool contains(const std::vector<std::string>& haystack, const std::string& needle) {
-    return std::find(haystack.begin(), haystack.end(), needle) != haystack.end();
-}
-
 // The module's lists, loaded and listed by the tool, read back exactly; golden_test.cpp pins the
 // lists themselves.
 TEST(ToolSignals, CsvRoundTripsEveryListOfTheModule) {
@@ -57,8 +53,7 @@ TEST(ToolSignals, CsvRoundTripsEveryListOfTheModule) {
             expected.push_back({name, std::to_string(id), entry.first, entry.second});
         }
     }
-    ASSERT_EQ(records.size(), expected.size());
-    for (std::size_t i = 0; i < records.size(); ++i) EXPECT_EQ(records[i], expected[i]) << i;
+    EXPECT_EQ(records, expected);
 }
 
 TEST(ToolCommandLine, HelpNamesEveryCommand) {
@@ -110,10 +105,8 @@ TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
     const std::vector<std::string> report = lines(healthy.out);
     EXPECT_EQ(report.size(), 8u) << healthy.out;
     for (const std::string& line : report) EXPECT_EQ(line.substr(0, 5), "ok   ") << line;
-    EXPECT_TRUE(contains(report,
-                         "ok   aircraft: variant=A320 title=\"Fenix A320 (simulator "
-                         "stand-in)\""))
-        << healthy.out;
+    EXPECT_EQ(report.at(6),
+              "ok   aircraft: variant=A320 title=\"Fenix A320 (simulator stand-in)\"");
 
     const std::string library = HELMBRIDGE_STANDIN_FILE;  // the client library's file name
     const struct {
@@ -128,7 +121,7 @@ TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
         {"no simulator and no SimConnect.cfg", HELMBRIDGE_STANDIN_FILE, false,
          "FAIL simulator: no FlightSimulator.exe"},
         {"a simulator that never sends a frame", HELMBRIDGE_STANDIN_FILE, true,
-         "FAIL aircraft: no Fenix A319, A320 or A321 reported within 2.0 s"},
+         "FAIL aircraft: no Fenix A319, A320 or A321 reported within 6.0 s"},
     };
     for (const auto& c : cases) {
         const testing::ScratchDirectory scratch;
@@ -138,7 +131,8 @@ TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
         }
         if (c.libraryFrom) fs::copy_file(programDirectory() / c.libraryFrom, dir / library);
         if (c.cfg) std::ofstream(dir / "SimConnect.cfg") << "[SimConnect]\n";
-        const ToolRun run = runTool({"doctor", "--seconds", "2"}, {}, dir);
+        // Six seconds: on a loaded machine connecting alone can take two.
+        const ToolRun run = runTool({"doctor", "--seconds", "6"}, {}, dir);
         EXPECT_EQ(run.exitCode, 1) << c.setup << "\n" << run.out;
         std::vector<std::string> failed;
         for (const std::string& line : lines(run.out)) {
@@ -180,9 +174,9 @@ TEST(ToolBench, PrintsTheChangesAPipedScriptCausesAndStatusListsThem) {
           "  display 54 N_FCU_SPEED \"255\"",
           // Powered in the same output cycle that showed the speed.
           "  pwm 15 FENIX RMP ACP BK ENABLE 2500"}) {
-        EXPECT_TRUE(contains(out, line)) << line << "\nin:\n" << run.out;
+        EXPECT_GT(std::ranges::count(out, line), 0) << line << "\nin:\n" << run.out;
     }
-    EXPECT_FALSE(contains(out, "lamp 168 I_FCU_AP2 on")) << run.out;
+    EXPECT_EQ(std::ranges::count(out, "lamp 168 I_FCU_AP2 on"), 0) << run.out;
 }
 
 // On Windows the test command runs the demo under Wine by itself.
