@@ -64,8 +64,7 @@ class InputDispatch : public ::testing::Test {
         return std::exchange(written, Writes{});
     }
 
-    void digital(int32_t id, bool state, TimePoint at) { input.SetDigitIn(id, state, at); }
-    void digital(int32_t id, bool state) { digital(id, state, t0); }
+    void digital(int32_t id, bool state) { input.SetDigitIn(id, state, t0); }
 
     static void queue(void* self, uint32_t id, const double* value) {
         auto& test = *static_cast<InputDispatch*>(self);
@@ -151,11 +150,11 @@ TEST_F(InputDispatch, SpeedbrakeLeverFollowsTheArmedSwitch) {
 // The gates themselves are pinned in debounced_key_test.cpp; here, that each panel's keys have
 // their own gate, started at build, and that the block goes out after every member event.
 TEST_F(InputDispatch, GatedPanelBlockIsWrittenAfterEveryMemberEvent) {
-    digital(481, true, built + milliseconds(50));
+    input.SetDigitIn(481, true, built + milliseconds(50));
     EXPECT_EQ(drain().latest.at(DEF_FCU_KEYS), Values(23, 0.0));
-    digital(230, true, t0);
-    digital(230, false, t0 + milliseconds(50));  // inside the gate: dropped
-    digital(231, true, t0 + milliseconds(60));
+    digital(230, true);
+    input.SetDigitIn(230, false, t0 + milliseconds(50));  // inside the gate: dropped
+    input.SetDigitIn(231, true, t0 + milliseconds(60));
     const Values block = drain().latest.at(DEF_CDU_KEYS);
     ASSERT_EQ(block.size(), 146u);
     EXPECT_EQ((Values{block[0], block[1], block[2]}), (Values{1.0, 1.0, 0.0}));
@@ -254,8 +253,6 @@ class InputReplay : public InputDispatch {
         }
         return all;
     }
-    // A new run: the replay clock starts again at the next pass.
-    void restart(TimePoint at) { input.inputReplayPass(at, {}); }
 
     ReplayGate gate{true, true, true};
     int latestCount = 0;
@@ -282,7 +279,9 @@ TEST_F(InputReplay, SeenInputsAndReportedSelectorsWhileTheClockRunsUntilANewRunO
     EXPECT_EQ(passes(t0 + seconds(25), milliseconds(250), Nanos(0)).queuedTo(kEngMaster1),
               Values{1.0});
 
-    restart(t0 + seconds(26));  // a new run: no selector reported yet, inputs still seen
+    // A pass outside a run: the next run's replay clock starts again, no selector reported
+    // yet, inputs still seen.
+    input.inputReplayPass(t0 + seconds(26), {});
     writes = passes(t0 + seconds(26), milliseconds(250), seconds(3));
     EXPECT_EQ(writes.queuedTo(kEngMaster1).size(), 3u);
     EXPECT_TRUE(writes.latest.empty());
