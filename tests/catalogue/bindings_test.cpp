@@ -1,20 +1,18 @@
-// The binding tables' numbers: the run-time numbering agrees with the tables, and no
-// data-definition id is declared twice. The rows themselves are pinned by golden_test.cpp.
+// The binding tables' numbers: the run-time numbering agrees with the tables. The rows, with
+// every data-definition id, are pinned by golden_test.cpp, and the fixed definitions of the
+// outputs, title and clock by the registration test in tests/core/connection_test.cpp.
 #include "catalogue/bindings.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <map>
 #include <string>
-#include <vector>
 
 #include "catalogue/signal_lists.h"
 
 namespace fenixA320 {
 namespace {
 
-TEST(Bindings, VariableNumbersOfTheirNamesAndNoDataDefinitionIdTwice) {
+TEST(Bindings, VariableNumbersOfTheirNames) {
     for (const VarBinding& row : digitInBindings()) {
         const std::string& name = digitInSigList().at(row.key).first;
         // External power control writes another variable under its own one's number.
@@ -33,23 +31,6 @@ TEST(Bindings, VariableNumbersOfTheirNamesAndNoDataDefinitionIdTwice) {
                              "S_IOS_ELEC_EXTERN_FORCE", "", "S_XPDR_MODE_TA"}) {
         EXPECT_EQ(variableNumber(name), 0) << name;
     }
-    // No data-definition id twice, and the per-variable numbers below the fixed ranges.
-    std::map<int32_t, int> uses;
-    for (const auto* table : {&digitInBindings(), &switchVarBindings()}) {
-        for (const VarBinding& row : *table) {
-            ++uses[row.defineId];
-            EXPECT_GE(row.defineId, 1);
-            EXPECT_LE(row.defineId, 762);
-        }
-    }
-    for (const VarBinding& row : encoderBindings()) ++uses[row.defineId];
-    for (const VarBinding& row : analogBindings()) ++uses[row.defineId];
-    for (uint32_t def : {DEF_CDU_KEYS, DEF_FCU_KEYS, DEF_ASP_KEYS, DEF_RMP_KEYS, DEF_ATC_KEYS,
-                         DEF_DIGIT_OUT, DEF_DISPLAY, DEF_TITLE, DEF_CLOCK}) {
-        ++uses[static_cast<int32_t>(def)];
-    }
-    for (const auto& [def, n] : uses) EXPECT_EQ(n, 1) << "definition " << def;
-    EXPECT_EQ(uses.size(), 240u + 73u + 44u + 125u + 9u);
 }
 
 }  // namespace

@@ -110,7 +110,6 @@ void stopUnloadReload() {
     unloadStopped();
 
     load();
-    expectedCallsAtExit = -1;
     module->start({});  // the second Start stops and starts again, with one reference
     freshSession(2);
     module->stop();
