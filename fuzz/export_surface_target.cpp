@@ -10,17 +10,17 @@
 //   in 32 bits or picked from the lists, any double bit pattern), UpdateOutput, a list getter,
 //   callbacks installed, removed or throwing, worker passes after a clock step, simulator frames
 //   with fuzzed output variables, simulator events, the running flag, and a real Start/Stop.
+#include <array>
 #include <atomic>
+#include <bit>
 #include <chrono>
 #include <cstdint>
-#include <cstring>
 #include <exception>
 #include <iterator>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 #include "catalogue/signal_lists.h"
 #include "core/core.h"
@@ -66,11 +66,9 @@ struct Reader {
     uint8_t byte() { return at < size ? data[at++] : 0; }
     template <typename T>
     T value() {
-        unsigned char bytes[sizeof(T)] = {};
+        std::array<unsigned char, sizeof(T)> bytes;
         for (unsigned char& b : bytes) b = byte();
-        T out;
-        std::memcpy(&out, bytes, sizeof(T));
-        return out;
+        return std::bit_cast<T>(bytes);
     }
     std::string text() {
         const std::size_t length = byte() * 2u;  // up to 510: titles longer than the datum
@@ -102,44 +100,20 @@ double pickDouble(Reader& in) {
 
 // The host side of the callbacks: trivial, or one that throws. The servo worker and the output
 // cycle call them on different threads.
-using HostSink = std::atomic<uint64_t>;
-
-// A host function when the bit is set, else none.
-template <typename Proc, typename Fn>
-Proc when(uint8_t bit, Fn fn) {
-    return bit != 0 ? Proc(std::move(fn)) : Proc();
-}
-
-void installCallbacks(FenixA320Core& core, uint8_t how, HostSink& sink) {
+void installCallbacks(FenixA320Core& core, uint8_t how, std::atomic<uint64_t>& sink) {
     const auto host = [&sink, throwing = (how & 0x20) != 0](unsigned, auto) {
         if (throwing) throw std::runtime_error("host");
         return ++sink != 0;
     };
-    core.SetDigitOutProc(when<fenixA320::DigitOutProc>(how & 1, host));
-    core.SetDisplayProc(when<fenixA320::DisplayProc>(
-        how & 2, [&sink](unsigned, std::string text) { return (sink += text.size()) != 0; }));
+    // Each callback is installed when its bit is set, else none.
+    core.SetDigitOutProc((how & 1) != 0 ? fenixA320::DigitOutProc(host) : nullptr);
+    const auto shown = [&sink](unsigned, std::string text) { return (sink += text.size()) != 0; };
+    core.SetDisplayProc((how & 2) != 0 ? fenixA320::DisplayProc(shown) : nullptr);
     const auto count = [&sink](unsigned, double) { return ++sink != 0; };
-    core.SetServoProc(when<fenixA320::ServoProc>(how & 4, count));
-    core.SetServoSpeedProc(when<fenixA320::ServoProc>(how & 8, count));
+    core.SetServoProc((how & 4) != 0 ? fenixA320::ServoProc(count) : nullptr);
+    core.SetServoSpeedProc((how & 8) != 0 ? fenixA320::ServoProc(count) : nullptr);
     // The PWM wrapper is always installed; around an empty host function it sends nothing.
-    core.SetPwmProc(when<fenixA320::PwmProc>(how & 16, host));
-}
-
-const fenixA320::SigList& listByIndex(uint8_t index) {
-    static const fenixA320::SigList& (*const kGetters[])() = {
-        fenixA320::digitInSigList,  fenixA320::encoderSigList, fenixA320::analogSigList,
-        fenixA320::digitOutSigList, fenixA320::displaySigList, fenixA320::servoSigList,
-        fenixA320::pwmSigList};
-    return kGetters[index % std::size(kGetters)]();
-}
-
-// Real workers cost a second or more per Start/Stop: allowed once every 30 s of fuzzing.
-bool workersAllowed() {
-    static TimePoint last{};
-    const TimePoint now = SteadyClock::now();
-    if (!alwaysRunWorkers && now - last < std::chrono::seconds(30)) return false;
-    last = now;
-    return true;
+    core.SetPwmProc((how & 16) != 0 ? fenixA320::PwmProc(host) : nullptr);
 }
 
 // An input from the host, or an output cycle: what a host may call while the workers run. The
@@ -165,7 +139,14 @@ void hostCall(FenixA320Core& core, Reader& in, uint8_t which) {
     }
 }
 
-void runWithWorkers(FenixA320Core& core, Reader& in) {
+// When the selector's argument asks for it, a real Start, host calls and Stop. Real workers cost a
+// second or more per Start/Stop: allowed once every 30 s of fuzzing.
+void maybeRunWorkers(FenixA320Core& core, Reader& in) {
+    static TimePoint last{};
+    if ((in.byte() & 7) != 7) return;
+    const TimePoint started = SteadyClock::now();
+    if (!alwaysRunWorkers && started - last < std::chrono::seconds(30)) return;
+    last = started;
     realSleeps = true;
     core.Start();
     const TimePoint until = SteadyClock::now() + std::chrono::milliseconds(300);
@@ -202,7 +183,7 @@ void fuzzOutputVariable(Reader& in) {
 int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
     Reader in{data, size};
     standinReset();
-    HostSink sink;
+    std::atomic<uint64_t> sink;
     auto core = std::make_unique<FenixA320Core>(kSimulatorFound);
     core->BuildInputLogic();  // as the first Start does
     TimePoint now = SteadyClock::now();
@@ -228,8 +209,12 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
                 core->dispatchPass(now);
                 break;
             case 8: {
+                static const fenixA320::SigList& (*const kGetters[])() = {
+                    fenixA320::digitInSigList,  fenixA320::encoderSigList, fenixA320::analogSigList,
+                    fenixA320::digitOutSigList, fenixA320::displaySigList, fenixA320::servoSigList,
+                    fenixA320::pwmSigList};
                 fenixA320::SigList host{{-1, {"stale", "entry"}}};
-                host = listByIndex(in.byte());
+                host = kGetters[in.byte() % std::size(kGetters)]();
                 sink += host.size();
                 break;
             }
@@ -261,7 +246,7 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
                 core->Stop();
                 break;
             default:
-                if ((in.byte() & 7) == 7 && workersAllowed()) runWithWorkers(*core, in);
+                maybeRunWorkers(*core, in);
                 break;
         }
     }

@@ -10,9 +10,8 @@
 // handler was given is an overread that AddressSanitizer reports.
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <vector>
 
 #include "core/core.h"
 #include "fuzz/fuzz_targets.h"
@@ -66,19 +65,14 @@ void stamp(unsigned char shape, unsigned char* message, std::size_t length) {
     if ((shape & 0x20) != 0) putWord(message, length, 0, static_cast<sc::DWORD>(length));
 }
 
-FenixA320Core& core() {
-    static FenixA320Core* instance = [] {
-        auto* created = new FenixA320Core(kNoSimulator);  // lives for the whole run
-        created->BuildInputLogic();
-        return created;
-    }();
-    return *instance;
-}
-
 }  // namespace
 
 int simMessageOneInput(const uint8_t* data, std::size_t size) {
-    FenixA320Core& handler = core();
+    static FenixA320Core& handler = []() -> FenixA320Core& {
+        auto* created = new FenixA320Core(kNoSimulator);  // lives for the whole run
+        created->BuildInputLogic();
+        return *created;
+    }();
     TimePoint now = TimePoint{} + std::chrono::hours(1);
     std::size_t at = 0;
     while (at + 3 <= size) {
@@ -87,14 +81,11 @@ int simMessageOneInput(const uint8_t* data, std::size_t size) {
         at += 3;
         const std::size_t length = claimed < size - at ? claimed : size - at;
         // Exactly `length` bytes, allocated apart from the input so ASan sees its end.
-        std::unique_ptr<unsigned char, decltype(&std::free)> message(
-            static_cast<unsigned char*>(std::malloc(length)), &std::free);
-        if (!message && length != 0) return 0;
-        if (length > 0) std::memcpy(message.get(), data + at, length);
+        std::vector<unsigned char> message(data + at, data + at + length);
         at += length;
-        stamp(shape, message.get(), length);
+        stamp(shape, message.data(), length);
         now += std::chrono::seconds(kSecondsStep[shape >> 6]);
-        handler.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(message.get()),
+        handler.handleSimMessage(reinterpret_cast<const sc::SIMCONNECT_RECV*>(message.data()),
                                  static_cast<sc::DWORD>(length), now);
     }
     // The connection pass reads what the messages left behind; without a client library it
