@@ -134,10 +134,8 @@ TEST(ToolDoctor, StandInPassesAndEachProvokedFailureHasItsOwnLine) {
         // Six seconds: on a loaded machine connecting alone can take two.
         const ToolRun run = runTool({"doctor", "--seconds", "6"}, {}, dir);
         EXPECT_EQ(run.exitCode, 1) << c.setup << "\n" << run.out;
-        std::vector<std::string> failed;
-        for (const std::string& line : lines(run.out)) {
-            if (line.rfind("FAIL ", 0) == 0) failed.push_back(line);
-        }
+        std::vector<std::string> failed = lines(run.out);
+        std::erase_if(failed, [](const std::string& line) { return !line.starts_with("FAIL "); });
         ASSERT_EQ(failed.size(), 1u) << c.setup << "\n" << run.out;
         EXPECT_NE(failed[0].find(c.failure), std::string::npos) << c.setup << "\n" << run.out;
     }
