@@ -34,7 +34,6 @@ namespace {
 using fenixA320::FenixA320Core;
 using fenixA320::SteadyClock;
 using fenixA320::TimePoint;
-namespace standin = helmbridge::standin;
 
 // Sleeps are real only while workers run: the passes the input drives never wait.
 std::atomic<bool> realSleeps{false};
@@ -190,7 +189,7 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
 
     for (int op = 0; op < 512 && !in.done(); ++op) {
         const uint8_t selector = in.byte() % 16;
-        const bool mayConnect = standin::counters().opens < kMaxConnects;
+        const bool mayConnect = helmbridge::standin::counters().opens < kMaxConnects;
         if (selector >= 2 && selector <= 7) {
             // Digital inputs, encoders, analog values, output cycles: 2:1:2:1.
             static constexpr uint8_t kCall[] = {0, 0, 1, 2, 2, 3};

@@ -54,13 +54,12 @@ void stamp(unsigned char shape, unsigned char* message, std::size_t length) {
     const sc::DWORD id = (shape & 0x0F) == 0x0F ? 0 : kMessageIds[shape & 0x0F];
     if ((shape & 0x0F) != 0x0F) putWord(message, length, 8, id);
     if ((shape & 0x10) != 0) {
-        if (id == sc::SIMCONNECT_RECV_ID_EVENT || id == sc::SIMCONNECT_RECV_ID_EVENT_FILENAME) {
-            const unsigned char pick = length > 16 ? message[16] : 0;
-            putWord(message, length, 16, 9001 + pick % 5u);
-        } else {
-            const unsigned char pick = length > 12 ? message[12] : 0;
-            putWord(message, length, 12, kRequestIds[pick % 6u]);
-        }
+        // An event's id sits at offset 16, a request's at 12; the byte found there picks one.
+        const bool event =
+            id == sc::SIMCONNECT_RECV_ID_EVENT || id == sc::SIMCONNECT_RECV_ID_EVENT_FILENAME;
+        const std::size_t at = event ? 16 : 12;
+        const unsigned char pick = length > at ? message[at] : 0;
+        putWord(message, length, at, event ? 9001 + pick % 5u : kRequestIds[pick % 6u]);
     }
     if ((shape & 0x20) != 0) putWord(message, length, 0, static_cast<sc::DWORD>(length));
 }

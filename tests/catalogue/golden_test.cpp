@@ -27,7 +27,6 @@
 namespace fenixA320 {
 namespace {
 
-const std::string kDataDir = std::string(HELMBRIDGE_SOURCE_DIR) + "/tests/data/";
 const std::string kVisibleBlank = "\xC2\xB7";  // '·' in UTF-8
 
 // The field with each leading and trailing blank replaced by the visible mark.
@@ -111,8 +110,8 @@ std::vector<std::string> bindingLines() {
 
 TEST(GoldenSignalLists, ListsAndTablesMatchTheCheckedInFiles) {
     const std::pair<std::string, std::vector<std::string>> files[] = {
-        {kDataDir + "signals.tsv", signalLines()},
-        {kDataDir + "bindings.tsv", bindingLines()},
+        {std::string(HELMBRIDGE_SOURCE_DIR) + "/tests/data/signals.tsv", signalLines()},
+        {std::string(HELMBRIDGE_SOURCE_DIR) + "/tests/data/bindings.tsv", bindingLines()},
     };
     const char* update = std::getenv("HELMBRIDGE_UPDATE_GOLDEN");
     for (const auto& [path, actual] : files) {
