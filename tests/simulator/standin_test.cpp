@@ -113,21 +113,18 @@ TEST_F(StandIn, ConnectionsOpenCloseAndCountMisuseOfClosedOrUnknownHandles) {
     EXPECT_EQ(refused, nullptr);
     standinSetOpenResult(sc::kSOk);
 
+    // Two handles, two connections; the OPEN each queues is what starts the module's
+    // registration (the connection tests).
     sc::HANDLE first = open();
-    sc::HANDLE second = open();
-    ASSERT_NE(first, nullptr);
-    EXPECT_NE(first, second);
+    open();
     EXPECT_EQ(standinOpenConnectionCount(), 2u);
-    auto messages = dispatch(first);
-    ASSERT_EQ(messages.size(), 1u);
-    EXPECT_EQ(read<sc::SIMCONNECT_RECV_OPEN>(messages[0]).dwID, id(sc::SIMCONNECT_RECV_ID_OPEN));
     // Close takes as long as it is told to, but only when there is a connection to end.
     using Clock = std::chrono::steady_clock;
     standinSetCloseDelay(200);
     auto start = Clock::now();
     EXPECT_EQ(api->close(first), sc::kSOk);
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(200));
-    EXPECT_EQ(standin::calls(kStandinClose).at(0).sendId, 2u);  // Open was 1; dispatches are not
+    EXPECT_EQ(standin::calls(kStandinClose).at(0).sendId, 2u);  // Open was 1
     standinSetCloseDelay(5000);
     start = Clock::now();
     EXPECT_LT(api->close(first), 0);
