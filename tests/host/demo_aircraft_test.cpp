@@ -75,18 +75,14 @@ TEST(DemoAircraft, AnswersACockpitSessionFromColdAndDark) {
     standinReset();
     DemoAircraft aircraft(linkedStandin());
     aircraft.coldAndDark();
-    const auto run = [&](int frames) {
-        for (int i = 0; i < frames; ++i) aircraft.frame(kFrame);
-    };
     for (const Step& step : kSession) {
-        if (step.write != nullptr && step.value == kPush) {
-            standinSetLVar(step.write, 1.0);
-            run(1);
+        if (step.write != nullptr)
+            standinSetLVar(step.write, step.value == kPush ? 1.0 : step.value);
+        if (step.value == kPush) {
+            aircraft.frame(kFrame);
             standinSetLVar(step.write, 0.0);
-        } else if (step.write != nullptr) {
-            standinSetLVar(step.write, step.value);
         }
-        run(step.frames);
+        for (int i = 0; i < step.frames; ++i) aircraft.frame(kFrame);
         if (step.read == nullptr) continue;
         double value = -1.0;
         standinGetLVar(step.read, &value);

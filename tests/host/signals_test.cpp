@@ -101,6 +101,7 @@ TEST(WriteSignals, EachFormatListsTheEntriesOneSectionPerList) {
     }
 }
 
+// An unclosed quote is the tool's mistakes table's.
 TEST(SplitWords, SplitsOnBlanksAndKeepsQuotedBlanks) {
     const std::pair<std::string, std::vector<std::string>> rows[] = {
         {"  press   S_FCU_AP1 \r", {"press", "S_FCU_AP1"}},
@@ -113,7 +114,6 @@ TEST(SplitWords, SplitsOnBlanksAndKeepsQuotedBlanks) {
         ASSERT_TRUE(splitWords(line, words)) << line;
         EXPECT_EQ(words, expected) << line;
     }
-    EXPECT_FALSE(splitWords("press \"S_OPEN", words));
 }
 
 }  // namespace
