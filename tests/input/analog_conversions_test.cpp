@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 namespace fenixA320 {
@@ -21,14 +20,9 @@ TEST(AnalogConversions, ThrottleDetentsRangeEndsAndFlapDetents) {
                  {0.05, 2.0},  {0.5, 0.5 / 0.69 + 2.0}, {0.69, 3.0},  {0.86, 4.0},
                  {1.0, 5.0}};
     for (const auto& c : cases) EXPECT_NEAR(throttleDetent(c.lever), c.expected, 1e-6) << c.lever;
-    for (const double bad : {1.2, -1.0000001, std::nan(""), HUGE_VAL}) {
-        try {
-            throttleDetent(bad);
-            ADD_FAILURE() << bad << " accepted";
-        } catch (const std::out_of_range& error) {
-            EXPECT_EQ(std::string(error.what()), "Value must be in range [-1.0, 1.0]");
-        }
-    }
+    // The text of the exception goes nowhere: the exported SetAnalog swallows it.
+    for (const double bad : {1.2, -1.0000001, std::nan(""), HUGE_VAL})
+        EXPECT_THROW(throttleDetent(bad), std::out_of_range) << bad;
     // The other conversions at their range ends.
     EXPECT_EQ(
         (std::vector{trimWheelValue(-4.0), trimWheelValue(13.5), speedbrakeValue(0.049, false),
