@@ -2,7 +2,7 @@
 //
 // Each input runs on a fresh core connected to the stand-in. The worker passes are driven
 // directly on a synthetic clock, so an input costs no thread start or join; now and then (at
-// most once every 30 s of fuzzing, always in the replay program) an input also runs a
+// most once every 30 s of fuzzing, always in the regression test) an input also runs a
 // real Start and Stop with the six workers.
 //
 // The input is a sequence of operations, one selector byte each followed by its arguments:

@@ -1,4 +1,4 @@
-// The fuzz targets' entry points, shared by libFuzzer, the replay program and the regression test.
+// The fuzz targets' entry points, shared by libFuzzer and the regression test.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ int simMessageOneInput(const uint8_t* data, std::size_t size);
 int exportSurfaceOneInput(const uint8_t* data, std::size_t size);
 
 // Under libFuzzer a real Start/Stop with the six workers runs at most once every few seconds;
-// set, every one an input asks for runs (replay program, regression test).
+// set, every one an input asks for runs (the regression test).
 inline bool alwaysRunWorkers = false;
 
 }  // namespace helmbridge::fuzz
