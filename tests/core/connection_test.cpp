@@ -375,13 +375,6 @@ TEST_F(StallWatchdog, CloseForgetsTheReadingAndAPause) {
     EXPECT_EQ(rerequests(), 3u);
 }
 
-TEST_F(ConnectionTest, StallCheckNeverFiresBeforeTheFirstClockReading) {
-    openConnection();
-    for (int s = 1; s <= 30; ++s) tick(s);
-    EXPECT_TRUE(standin::calls(kStandinRequestDataOnSimObject).empty());
-    EXPECT_TRUE(standin::calls(kStandinOpen).empty());
-}
-
 TEST_F(ConnectionTest, TitleDetectsTheVariantOnce) {
     openConnection();
     standinSetTitle("Fenix A321 Example Air");
