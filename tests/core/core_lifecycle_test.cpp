@@ -63,5 +63,21 @@ TEST(CoreLifecycle, RunStopAndRestartAgainstTheStandIn) {
     EXPECT_FALSE(core.isRunning());
 }
 
+// Every Start searches at once and tells the debugger once where it looked for a missing client
+// library, also after a Stop.
+TEST(CoreLifecycle, EachStartReportsAMissingClientLibraryOnce) {
+    standinReset();
+    FakeSystem::reset(platform::ProbeResult::kFound);
+    FakeSystem::synthetic = false;
+    FakeSystem::libraryMissing = true;
+    FenixA320Core core{helmbridge::testing::fakePlatform()};
+    for (std::size_t starts = 1; starts <= 2; ++starts) {
+        core.Start();
+        EXPECT_TRUE(eventually([&] { return FakeSystem::debugLines().size() == starts; }));
+        core.Stop();
+    }
+    EXPECT_EQ(FakeSystem::debugLines().size(), 2u);
+}
+
 }  // namespace
 }  // namespace fenixA320
