@@ -60,8 +60,9 @@ TEST(SimConnectAbi, ReadMessageRefusesShortMessagesAndFindsTheValuesAfterTheHead
     EXPECT_EQ(values[1], -7.5);
 }
 
-// The client library's numbers the module and the stand-in use; the stand-in shares this header,
-// so only this pins them.
+// The client library's numbers; the stand-in shares this header, so only this pins them. Every
+// message id and exception named here; periods and data types are numbered without gaps, so the
+// last ones pin their count and the used ones stand for their order.
 TEST(SimConnectAbi, EnumsCarryTheClientLibrarysNumbers) {
     const std::pair<int, int> named[] = {{sc::SIMCONNECT_RECV_ID_EXCEPTION, 1},
                                          {sc::SIMCONNECT_RECV_ID_OPEN, 2},
@@ -71,11 +72,16 @@ TEST(SimConnectAbi, EnumsCarryTheClientLibrarysNumbers) {
                                          {sc::SIMCONNECT_RECV_ID_SIMOBJECT_DATA, 8},
                                          {sc::SIMCONNECT_RECV_ID_SYSTEM_STATE, 15},
                                          {sc::SIMCONNECT_EXCEPTION_ERROR, 1},
+                                         {sc::SIMCONNECT_EXCEPTION_SIZE_MISMATCH, 2},
+                                         {sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID, 3},
                                          {sc::SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED, 7},
+                                         {sc::SIMCONNECT_EXCEPTION_INVALID_DATA_TYPE, 18},
+                                         {sc::SIMCONNECT_EXCEPTION_INVALID_ARRAY, 21},
                                          {sc::SIMCONNECT_EXCEPTION_INVALID_ENUM, 27},
                                          {sc::SIMCONNECT_PERIOD_SIM_FRAME, 3},
                                          {sc::SIMCONNECT_PERIOD_SECOND, 4},
                                          {sc::SIMCONNECT_DATATYPE_FLOAT64, 4},
-                                         {sc::SIMCONNECT_DATATYPE_STRING256, 9}};
+                                         {sc::SIMCONNECT_DATATYPE_STRING256, 9},
+                                         {sc::SIMCONNECT_DATATYPE_XYZ, 16}};
     for (const auto& [value, number] : named) EXPECT_EQ(value, number);
 }
