@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 #include "tests/support/eventually.h"
 #include "tests/support/module_loader.h"
@@ -28,6 +29,8 @@ TEST(SimulatorProcessName, MatchesEitherExecutableInAnyLetterCaseAndNothingElse)
         EXPECT_FALSE(platform::isSimulatorProcessName(name)) << name;
     }
     EXPECT_TRUE(platform::isSimulatorProcessName(L"C:\\MSFS\\flightsimulator2024.EXE"));
+    // A name is read up to the end of its view, never to a terminator behind it.
+    EXPECT_TRUE(platform::isSimulatorProcessName(std::string_view("FlightSimulator.exe!", 19)));
     // A non-ASCII capital I must not pass for 'i' through a locale's case mapping.
     EXPECT_FALSE(platform::isSimulatorProcessName(L"Fl\u0130ghtSimulator.exe"));
 }
