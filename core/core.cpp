@@ -53,7 +53,7 @@ WriteTarget targetOf(WritePaths& writes) {
 }  // namespace
 
 // One worker: its period as Start sets it, its pacing and the pass it repeats.
-struct FenixA320Core::WorkerSpec {
+struct FenixA320Core::WorkerPlan {
     const char* name;
     uint16_t periodMs;
     Pacing pacing;
@@ -61,7 +61,7 @@ struct FenixA320Core::WorkerSpec {
 };
 
 // In the order Start starts them; the writer last, after its paths were emptied.
-const std::array<FenixA320Core::WorkerSpec, 6> FenixA320Core::kWorkers{{
+const std::array<FenixA320Core::WorkerPlan, 6> FenixA320Core::kWorkers{{
     {"connect", 1000, Pacing::BoundedCatchUp, &FenixA320Core::connectPass},
     {"dispatch", 15, Pacing::BoundedCatchUp, &FenixA320Core::dispatchPass},
     {"servo", 50, Pacing::FixedRate, &FenixA320Core::servoPass},
@@ -113,17 +113,17 @@ bool FenixA320Core::Start() {
 
     const LoopClock clock{seam.now, seam.sleepUntil};
     for (std::size_t i = 0; i < kWorkers.size(); ++i) {
-        const WorkerSpec& spec = kWorkers[i];
+        const WorkerPlan& plan = kWorkers[i];
         PeriodicWorker& worker = workers[i];
         worker.StopWorker();
-        if (&spec == &kWorkers.back()) {
+        if (&plan == &kWorkers.back()) {
             writes.clear();
             writes.resetDroppedWrites();
         }
-        worker.periodMs.store(spec.periodMs);
-        worker.StartWorker([this, &worker, &spec, clock] {
+        worker.periodMs.store(plan.periodMs);
+        worker.StartWorker([this, &worker, &plan, clock] {
             runPeriodic(
-                worker, spec.pacing, [this, &spec](TimePoint now) { (this->*spec.pass)(now); },
+                worker, plan.pacing, [this, &plan](TimePoint now) { (this->*plan.pass)(now); },
                 clock);
         });
     }

@@ -72,8 +72,8 @@ class FenixA320Core {
     // At process exit on Windows the workers are already gone: let go of them without joining.
     void abandonWorkers();
 
-    struct WorkerSpec;
-    static const std::array<WorkerSpec, 6> kWorkers;
+    struct WorkerPlan;
+    static const std::array<WorkerPlan, 6> kWorkers;
 
     const platform::Platform& seam;
     std::atomic<bool> running{false};
