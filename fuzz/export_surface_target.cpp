@@ -7,7 +7,7 @@
 //
 // The input is a sequence of operations, one selector byte each followed by its arguments:
 //   connect, lose the simulator (QUIT or crash), SetDigitIn, SetEncoder, SetAnalog (ids anywhere
-//   in 32 bits or picked from the lists, any double bit pattern), UpdateOutput, a list getter,
+//   in 32 bits or picked from the lists, any double bit pattern), UpdateOutput,
 //   callbacks installed, removed or throwing, worker passes after a clock step, simulator frames
 //   with fuzzed output variables, simulator events, the running flag, and a real Start/Stop.
 #include <array>
@@ -190,9 +190,9 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
     for (int op = 0; op < 512 && !in.done(); ++op) {
         const uint8_t selector = in.byte() % 16;
         const bool mayConnect = helmbridge::standin::counters().opens < kMaxConnects;
-        if (selector >= 2 && selector <= 7) {
-            // Digital inputs, encoders, analog values, output cycles: 2:1:2:1.
-            static constexpr uint8_t kCall[] = {0, 0, 1, 2, 2, 3};
+        if (selector >= 2 && selector <= 8) {
+            // Digital inputs, encoders, analog values, output cycles: 2:1:2:2.
+            static constexpr uint8_t kCall[] = {0, 0, 1, 2, 2, 3, 3};
             hostCall(*core, in, kCall[selector - 2]);
             continue;
         }
@@ -207,16 +207,6 @@ int exportSurfaceOneInput(const uint8_t* data, std::size_t size) {
                 (in.byte() & 1) != 0 ? standinQuit() : standinLoseConnections();
                 core->dispatchPass(now);
                 break;
-            case 8: {
-                static const fenixA320::SigList& (*const kGetters[])() = {
-                    fenixA320::digitInSigList,  fenixA320::encoderSigList, fenixA320::analogSigList,
-                    fenixA320::digitOutSigList, fenixA320::displaySigList, fenixA320::servoSigList,
-                    fenixA320::pwmSigList};
-                fenixA320::SigList host{{-1, {"stale", "entry"}}};
-                host = kGetters[in.byte() % std::size(kGetters)]();
-                sink += host.size();
-                break;
-            }
             case 9:
                 installCallbacks(*core, in.byte(), sink);
                 break;
