@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -122,9 +121,7 @@ TEST(GoldenSignalLists, ListsAndTablesMatchTheCheckedInFiles) {
             ASSERT_TRUE(out) << "cannot write " << path;
             continue;
         }
-        std::ostringstream text;
-        text << std::ifstream(path, std::ios::binary).rdbuf();
-        const std::vector<std::string> expected = helmbridge::testing::lines(text.str());
+        const auto expected = helmbridge::testing::lines(helmbridge::testing::readFile(path));
         for (std::size_t i = 0; i < std::min(expected.size(), actual.size()); ++i)
             ASSERT_EQ(actual[i], expected[i]) << path << ":" << (i + 1);  // the first change
         // An unreadable file has no lines: HELMBRIDGE_UPDATE_GOLDEN=1 writes it.

@@ -4,36 +4,37 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <string>
 #include <utility>
-#include <vector>
 
 #include "fuzz/fuzz_targets.h"
+#include "tests/support/process.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using Target = int (*)(const uint8_t*, std::size_t);
 
+// fuzz/corpus/<target>/ and, once a crash has been kept, fuzz/regressions/<target>/.
 TEST(FuzzInputs, SeedCorporaAndCrashInputsRunCleanly) {
-    const std::pair<const char*, Target> folders[] = {
-        {"regressions/sim_message", &helmbridge::fuzz::simMessageOneInput},
-        {"corpus/sim_message", &helmbridge::fuzz::simMessageOneInput},
-        {"corpus/export_surface", &helmbridge::fuzz::exportSurfaceOneInput},
+    const std::pair<const char*, Target> targets[] = {
+        {"sim_message", &helmbridge::fuzz::simMessageOneInput},
+        {"export_surface", &helmbridge::fuzz::exportSurfaceOneInput},
     };
     helmbridge::fuzz::alwaysRunWorkers = true;
-    for (const auto& [folder, target] : folders) {
+    for (const auto& [name, target] : targets) {
         int replayed = 0;
-        for (const auto& entry :
-             fs::directory_iterator(fs::path(HELMBRIDGE_SOURCE_DIR) / "fuzz" / folder)) {
-            std::ifstream stream(entry.path(), std::ios::binary);
-            const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(stream)),
-                                             std::istreambuf_iterator<char>());
-            EXPECT_EQ(target(bytes.data(), bytes.size()), 0) << entry.path();
-            ++replayed;
+        for (const char* kept : {"fuzz/corpus", "fuzz/regressions"}) {
+            const fs::path folder = fs::path(HELMBRIDGE_SOURCE_DIR) / kept / name;
+            if (!fs::is_directory(folder)) continue;
+            for (const auto& entry : fs::directory_iterator(folder)) {
+                const std::string bytes = helmbridge::testing::readFile(entry.path());
+                const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
+                EXPECT_EQ(target(data, bytes.size()), 0) << entry.path();
+                ++replayed;
+            }
         }
-        EXPECT_GT(replayed, 0) << folder;
+        EXPECT_GT(replayed, 0) << name;  // a seed corpus at least
     }
     helmbridge::fuzz::alwaysRunWorkers = false;
 }

@@ -1,12 +1,11 @@
 // Loading the module for tests, and whether it is still mapped after an unload.
 #include "tests/support/module_loader.h"
 
-#include <fstream>
-#include <iterator>
-
 #if defined(_WIN32)
 #include <windows.h>
 #endif
+
+#include "tests/support/process.h"
 
 namespace helmbridge::testing {
 
@@ -23,9 +22,8 @@ bool moduleMapped() {
 #if defined(_WIN32)
     return GetModuleHandleA(host::moduleFileName()) != nullptr;
 #else
-    std::ifstream maps("/proc/self/maps");
-    const std::string contents{std::istreambuf_iterator<char>(maps), {}};
-    return contents.find(std::string("/") + host::moduleFileName()) != std::string::npos;
+    return readFile("/proc/self/maps").find(std::string("/") + host::moduleFileName()) !=
+           std::string::npos;
 #endif
 }
 

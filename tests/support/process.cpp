@@ -189,13 +189,14 @@ ProgramRun runProgram(const fs::path& program, const std::vector<std::string>& a
     const ChildProcess::Streams streams{scratch.path() / "in", scratch.path() / "out",
                                         scratch.path() / "err"};
     std::ofstream(streams.in, std::ios::binary) << input;
-    const auto readFile = [](const fs::path& file) {
-        std::ostringstream text;
-        text << std::ifstream(file, std::ios::binary).rdbuf();
-        return text.str();
-    };
     const int exitCode = ChildProcess(program, arguments, directory, &streams).wait(timeout);
     return {exitCode, readFile(streams.out), readFile(streams.err)};
+}
+
+std::string readFile(const fs::path& file) {
+    std::ostringstream text;
+    text << std::ifstream(file, std::ios::binary).rdbuf();
+    return text.str();
 }
 
 std::vector<std::string> lines(const std::string& text) {

@@ -70,6 +70,9 @@ ProgramRun runProgram(const std::filesystem::path& program,
 // The lines of a program's output, without line ends.
 std::vector<std::string> lines(const std::string& text);
 
+// All bytes of a file; empty when it cannot be read.
+std::string readFile(const std::filesystem::path& file);
+
 // What this process holds: threads, handles (Windows) or file descriptors, resident memory.
 struct ProcessUsage {
     long threads = 0;
