@@ -50,14 +50,13 @@ TEST(FieldEscapes, EachFormatEscapesOnlyWhatItMust) {
 // Ids, single names and what is not found by either are the tool's (EachMistakeIsOneLine...,
 // PrintsTheChanges...); here the exact match and a name several inputs share.
 TEST(FindSignal, TakesAnIdOrAnExactlyMatchingNameAndExplainsWhatItCannotFind) {
-    const SignalLists lists = sampleLists();
     const std::pair<std::string, int32_t> rows[] = {
         {"S_PADDED  ", 4}, {"S_PADDED", -1}, {"s_one", -1}, {"", -1}, {"S_SHARED", -1}};
     for (const auto& [token, id] : rows) {
-        const SignalRef ref = findSignal(lists, ListKind::kDigitIn, token);
+        const SignalRef ref = findSignal(sampleLists(), ListKind::kDigitIn, token);
         EXPECT_EQ(ref.found ? ref.id : -1, id) << token;
     }
-    EXPECT_EQ(findSignal(lists, ListKind::kDigitIn, "S_SHARED").error,
+    EXPECT_EQ(findSignal(sampleLists(), ListKind::kDigitIn, "S_SHARED").error,
               "'S_SHARED' names 3 digital inputs (ids 2, 3, 7): give the id");
 }
 

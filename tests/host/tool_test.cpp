@@ -194,11 +194,10 @@ TEST(ToolDemo, RunsToItsSummaryWithExitCodeZero) {
                           &passed, &checks, &events, &writes, &calls),
               5)
         << out.back();
-    EXPECT_EQ(passed, checks);
-    EXPECT_GT(checks, 30u);
-    EXPECT_GT(events, 50u);
-    EXPECT_GE(writes, events / 2);  // latest-value writes may merge a few events, not most
-    EXPECT_GT(calls, 10000u);
+    // Latest-value writes may merge a few events, not most.
+    EXPECT_TRUE(passed == checks && checks > 30 && events > 50 && writes >= events / 2 &&
+                calls > 10000)
+        << out.back();
 }
 #endif
 
