@@ -48,6 +48,10 @@ struct Writes {
         return values;
     }
     bool none() const { return queued.empty() && latest.empty(); }
+    bool operator==(const Writes&) const = default;
+    friend void PrintTo(const Writes& w, std::ostream* os) {
+        *os << ::testing::PrintToString(w.queued) << " " << ::testing::PrintToString(w.latest);
+    }
 };
 
 // A built input side with an open connection, and what it wrote since the last drain.
@@ -98,10 +102,8 @@ TEST_F(InputDispatch, BoundInputsQueueEveryEventInOrderAndAudioKeysAlsoFillTheir
     digital(834, true);  // RMP1 ADF and ATC 0: the first keys of their gated panels' blocks
     digital(822, true);
     // The parking brake's two microswitches write on closing only.
-    for (const int32_t id : {605, 964}) {
-        EXPECT_TRUE(input.SetDigitIn(id, true, t0)) << id;
-        EXPECT_TRUE(input.SetDigitIn(id, false, t0)) << id;
-    }
+    for (const int32_t id : {605, 964})
+        EXPECT_TRUE(input.SetDigitIn(id, true, t0) && input.SetDigitIn(id, false, t0)) << id;
     const Writes writes = drain();
     const auto first = static_cast<uint32_t>(digitInBindings().front().defineId);
     EXPECT_EQ(writes.queued, (Queued{{kEngMaster1, 1.0},
@@ -126,23 +128,18 @@ TEST_F(InputDispatch, InputsNoRouteTakesWriteNothing) {
     unbuilt.SetEncoder(1, 1);
     EXPECT_TRUE(drain().none());
     // Unbound keys and positions, the edges of the id range, and AUTO (963) released.
-    for (const int32_t id : {0, 35, 324, 387, 628, 897, 963, -1, 965, INT32_MIN, INT32_MAX}) {
+    for (const int32_t id : {0, 35, 324, 387, 628, 897, 963, -1, 965, INT32_MIN, INT32_MAX})
         EXPECT_FALSE(input.SetDigitIn(id, id != 963, t0)) << id;
-        EXPECT_TRUE(drain().none()) << id;
-    }
+    EXPECT_TRUE(drain().none());
 }
 
 TEST_F(InputDispatch, SpeedbrakeLeverFollowsTheArmedSwitch) {
     input.SetAnalog(88, 0.5);
     EXPECT_EQ(drain().latest, (Latest{{2088, {2.0}}}));
     digital(472, true);
-    Writes writes = drain();
-    EXPECT_EQ(writes.queuedTo(kSpeedbrakeArmed), Values{1.0});
-    EXPECT_EQ(writes.latest, (Latest{{2088, {0.0}}}));
+    EXPECT_EQ(drain(), (Writes{{{kSpeedbrakeArmed, 1.0}}, {{2088, {0.0}}}}));
     digital(472, true);  // unchanged: the lever is not recomputed
-    writes = drain();
-    EXPECT_EQ(writes.queuedTo(kSpeedbrakeArmed), Values{1.0});
-    EXPECT_TRUE(writes.latest.empty());
+    EXPECT_EQ(drain(), (Writes{{{kSpeedbrakeArmed, 1.0}}, {}}));
     digital(472, false);
     EXPECT_EQ(drain().latest, (Latest{{2088, {2.0}}}));
 }
@@ -206,18 +203,15 @@ TEST_F(InputDispatch, EventsWriteTheirConvertedValueThroughDeadBandsAndSelectors
         } else {
             input.SetAnalog(step.id, step.value);
         }
-        const Writes writes = drain();
         Latest expected;
         if (step.defineId != 0) expected[step.defineId] = {step.written};
-        EXPECT_EQ(writes.latest, expected);
-        EXPECT_TRUE(writes.queued.empty());
+        EXPECT_EQ(drain(), (Writes{{}, expected}));
     }
     EXPECT_EQ(input.switchVarValue(611), 1.0);
     EXPECT_EQ(input.switchVarValue(-3), 0.0);
 }
 
 TEST_F(InputDispatch, OutOfRangeNonFiniteAndMotorDrivenAnalogValuesNeverReachTheAircraft) {
-    EXPECT_THROW(input.SetAnalog(90, 1.2), std::out_of_range);
     for (int32_t id = -1; id <= 125; ++id) {
         for (const double bad : {NAN, INFINITY, -INFINITY}) {
             try {
@@ -269,10 +263,9 @@ TEST_F(InputReplay, SeenInputsAndReportedSelectorsWhileTheClockRunsUntilANewRunO
     digital(478, false);
     input.SetAnalog(124, 3.0);  // flap lever to 3
     drain();
-    Writes writes = passes(t0, milliseconds(250), seconds(3));
-    EXPECT_EQ(writes.queued, Queued(3, {kEngMaster1, 1.0}));
     // INT/RAD and flaps only: not the unknown altitude knob, nor the never reported selector 33.
-    EXPECT_EQ(writes.latest, (Latest{{22, {2.0}}, {404, {3.0}}}));
+    EXPECT_EQ(passes(t0, milliseconds(250), seconds(3)),
+              (Writes{Queued(3, {kEngMaster1, 1.0}), {{22, {2.0}}, {404, {3.0}}}}));
     gate.clockAdvancing = false;  // paused: a long quiet tail, then a replay as soon as it runs
     EXPECT_TRUE(passes(t0 + seconds(4), milliseconds(250), seconds(20)).none());
     gate.clockAdvancing = true;
@@ -282,9 +275,8 @@ TEST_F(InputReplay, SeenInputsAndReportedSelectorsWhileTheClockRunsUntilANewRunO
     // A pass outside a run: the next run's replay clock starts again, no selector reported
     // yet, inputs still seen.
     input.inputReplayPass(t0 + seconds(26), {});
-    writes = passes(t0 + seconds(26), milliseconds(250), seconds(3));
-    EXPECT_EQ(writes.queuedTo(kEngMaster1).size(), 3u);
-    EXPECT_TRUE(writes.latest.empty());
+    EXPECT_EQ(passes(t0 + seconds(26), milliseconds(250), seconds(3)),
+              (Writes{Queued(3, {kEngMaster1, 1.0}), {}}));
 
     input.forgetReported();  // as Stop leaves them
     EXPECT_TRUE(passes(t0 + seconds(30), milliseconds(250), seconds(5)).none());

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -60,11 +61,8 @@ TEST(SwitchTable, EveryContactBelongsToTheVariableOfItsRow) {
     std::set<int32_t> keys;
     int rests = 0;
     for (const SwitchRow& row : switchRows()) {
-        const VarBinding* binding = nullptr;
-        for (const VarBinding& candidate : switchVarBindings()) {
-            if (candidate.key == row.key) binding = &candidate;
-        }
-        ASSERT_NE(binding, nullptr) << row.key;
+        const auto binding = std::ranges::find(switchVarBindings(), row.key, &VarBinding::key);
+        ASSERT_NE(binding, switchVarBindings().end()) << row.key;
         const std::string variable =
             binding->variable == "A_WR_GAIN" ? "S_WR_GAIN" : std::string(binding->variable);
         for (int32_t id = row.firstContact; id < row.firstContact + row.contactCount; ++id) {
