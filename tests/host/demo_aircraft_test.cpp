@@ -89,7 +89,6 @@ TEST(DemoAircraft, AnswersACockpitSessionFromColdAndDark) {
         EXPECT_NEAR(value, step.expected, 1e-6)
             << "after " << (step.write ? step.write : "nothing") << ", " << step.read;
     }
-    standinReset();
 }
 
 TEST(DemoSimulator, RunsFramesAndCountsOnlyAcceptedWrites) {
@@ -117,7 +116,6 @@ TEST(DemoSimulator, RunsFramesAndCountsOnlyAcceptedWrites) {
     simulator.stop();
     EXPECT_EQ(simulator.writesReceived(), 1u);
     api->close(handle);
-    standinReset();
 }
 
 }  // namespace

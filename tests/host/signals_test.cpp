@@ -30,7 +30,6 @@ SignalLists sampleLists() {
 // Beside what the lists in WriteSignals show (commas, quotes, pipes, blanks inside and at the
 // edges).
 TEST(FieldEscapes, EachFormatEscapesOnlyWhatItMust) {
-    const std::string dot = "\xC2\xB7";
     const struct {
         std::string (*escape)(const std::string&);
         std::string in;
@@ -38,7 +37,7 @@ TEST(FieldEscapes, EachFormatEscapesOnlyWhatItMust) {
     } rows[] = {
         {&csvField, "two\nlines", "\"two\nlines\""},
         {&csvField, "S_XPDR_MODE_TA   ", "\"S_XPDR_MODE_TA   \""},
-        {&visibleBlanks, "  ", dot + dot},
+        {&visibleBlanks, "  ", "\xC2\xB7\xC2\xB7"},
         {&markdownCell, "x*y<z`w\\[0~2500]", "x\\*y\\<z\\`w\\\\[0\\~2500]"},
         {&markdownCell, "S_ADF1_TFC.Radio", "S_ADF1_TFC.Radio"},
         {&markdownCell, "_lead trail_ (_x_)", "\\_lead trail\\_ (\\_x\\_)"},
