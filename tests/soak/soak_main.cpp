@@ -79,7 +79,6 @@ StandinCounters snapshot() {
     STANDIN(Counters, &out);
     return out;
 }
-uint64_t opens() { return snapshot().opens; }
 bool registered() { return STANDIN(DatumCount, nullptr, fenixA320::DEF_CLOCK) == 1; }
 
 testing::LoadedModule module;
@@ -137,13 +136,6 @@ void hostInput(int thread, uint32_t seed) {
 std::atomic<uint64_t> outputCycles{0};
 std::atomic<uint64_t> callbackCalls{0};
 
-void outputCycle() {  // about 60 Hz, a host's frame rate
-    while (!stopping.load()) {
-        if (module->updateOutput()) outputCycles.fetch_add(1, std::memory_order_relaxed);
-        std::this_thread::sleep_for(std::chrono::microseconds(16667));
-    }
-}
-
 // ---- The call record: drained often, followed per connection --------------------------------
 struct ConnectionTrack {
     int64_t dispatches = 0;
@@ -189,14 +181,6 @@ void drainOnce() {
         }
     }
     STANDIN(ClearCalls);
-}
-
-// The first drain comes late: the stand-in's record grows once, and later drains reuse it.
-void drainLoop() {
-    for (milliseconds wait = seconds(6); !stopping.load(); wait = milliseconds(500)) {
-        std::this_thread::sleep_for(wait);
-        drainOnce();
-    }
 }
 
 // ---- Faults ----------------------------------------------------------------------------------
@@ -247,7 +231,7 @@ Fault faults[] = {
 };
 
 void inject(Fault& fault) {
-    const uint64_t before = opens();
+    const uint64_t before = snapshot().opens;
     ++fault.count;
     std::printf("[%5.0f s] fault: %s\n", secondsSince(runStart), fault.name);
     fault.set();
@@ -256,11 +240,11 @@ void inject(Fault& fault) {
     if (fault.bound == kNone) {
         fault.clear();
         std::this_thread::sleep_for(fault.calm);
-        ok = CHECK(opens() == before && module->getConnectStatus(),
+        ok = CHECK(snapshot().opens == before && module->getConnectStatus(),
                    "%s: the connection was rebuilt or lost", fault.name);
     } else {
         const auto start = Clock::now();
-        ok = CHECK(testing::eventually([&] { return opens() > before; }, fault.bound),
+        ok = CHECK(testing::eventually([&] { return snapshot().opens > before; }, fault.bound),
                    "%s: no reconnect within %.1f s", fault.name, toSeconds(fault.bound));
         fault.worst = std::max(fault.worst, secondsSince(start));
         fault.clear();
@@ -333,10 +317,21 @@ int main(int argc, char** argv) {
     STANDIN(StartFrameThread, 30);
 
     // Phase 2: traffic and faults until the time is up.
-    std::thread drainer(drainLoop);
+    // The first drain comes late: the stand-in's record grows once, and later drains reuse it.
+    std::thread drainer([] {
+        for (milliseconds wait = seconds(6); !stopping.load(); wait = milliseconds(500)) {
+            std::this_thread::sleep_for(wait);
+            drainOnce();
+        }
+    });
     std::thread hostA(hostInput, 0, seed + 1);
     std::thread hostB(hostInput, 1, seed + 2);
-    std::thread output(outputCycle);
+    std::thread output([] {  // about 60 Hz, a host's frame rate
+        while (!stopping.load()) {
+            if (module->updateOutput()) outputCycles.fetch_add(1, std::memory_order_relaxed);
+            std::this_thread::sleep_for(std::chrono::microseconds(16667));
+        }
+    });
     std::this_thread::sleep_for(seconds(6));  // a clock reading arms the stall check first
 
     std::mt19937 random(seed);
