@@ -272,9 +272,8 @@ TEST_F(StandIn, SubscribedSystemEventsArriveWithTheirIdsAndData) {
     standinLoadFlight("flights\\LFPG.FLT");
     standinLoadAircraft("SimObjects\\Airplanes\\A320\\aircraft.cfg");
     const auto messages = dispatch(handle);
-    ASSERT_EQ(messages.size(), 4u);
+    ASSERT_EQ(events(messages), (Events{{9003, 1}, {9005, 0}, {9001, 0}, {9002, 0}}));
     EXPECT_EQ(messageId(messages[0]), id(sc::SIMCONNECT_RECV_ID_EVENT));
-    EXPECT_EQ(events(messages), (Events{{9003, 1}, {9005, 0}, {9001, 0}, {9002, 0}}));
     const auto file = read<sc::SIMCONNECT_RECV_EVENT_FILENAME>(messages[2]);
     EXPECT_EQ(file.dwID, id(sc::SIMCONNECT_RECV_ID_EVENT_FILENAME));
     EXPECT_STREQ(file.szFileName, "flights\\LFPG.FLT");
@@ -314,10 +313,8 @@ TEST_F(StandIn, RefusedCallsReturnOkAndTheNextDispatchNamesCodeSendIdAndArgument
     const auto f64 = sc::SIMCONNECT_DATATYPE_FLOAT64;
     const auto frame = sc::SIMCONNECT_PERIOD_SIM_FRAME;
     const auto badType = static_cast<sc::SIMCONNECT_DATATYPE>(99);
-    const auto badPeriod = static_cast<sc::SIMCONNECT_PERIOD>(9);
     const auto unknownName = sc::SIMCONNECT_EXCEPTION_NAME_UNRECOGNIZED;
     const auto unknownId = sc::SIMCONNECT_EXCEPTION_UNRECOGNIZED_ID;
-    const auto error = sc::SIMCONNECT_EXCEPTION_ERROR;
     double v[2] = {1.0, 2.0};
     const struct {
         sc::HRESULT result;
@@ -335,16 +332,16 @@ TEST_F(StandIn, RefusedCallsReturnOkAndTheNextDispatchNamesCodeSendIdAndArgument
                                             sc::SIMCONNECT_EXCEPTION_INVALID_DATA_TYPE,       5},
         {api->requestDataOnSimObject(h, 1, 77, 0, frame, 0, 0, 0, 0),            unknownId,   3},
         {api->requestDataOnSimObject(h, 1, 1, 5, frame, 0, 0, 0, 0),             unknownId,   4},
-        {api->requestDataOnSimObject(h, 1, 1, 0, badPeriod, 0, 0, 0, 0),
+        {api->requestDataOnSimObject(h, 1, 1, 0, static_cast<sc::SIMCONNECT_PERIOD>(9), 0, 0, 0, 0),
                                             sc::SIMCONNECT_EXCEPTION_INVALID_ENUM,            5},
         {api->requestDataOnSimObject(h, 1, 1, 0, frame, sc::SIMCONNECT_DATA_REQUEST_FLAG_TAGGED,
-                                     0, 0, 0),                                   error,       6},
+                                     0, 0, 0), sc::SIMCONNECT_EXCEPTION_ERROR,                6},
         {api->subscribeToSystemEvent(h, 1, "NoSuchEvent"),                       unknownName, 3},
         {api->unsubscribeFromSystemEvent(h, 12345),                              unknownId,   2},
         {api->clearDataDefinition(h, 77),                                        unknownId,   2},
         {api->setDataOnSimObject(h, 77, 0, 0, 0, 8, v),                          unknownId,   2},
         {api->setDataOnSimObject(h, 1, 0, sc::SIMCONNECT_DATA_SET_FLAG_TAGGED, 0, 8, v),
-                                                                                 error,       4},
+                                            sc::SIMCONNECT_EXCEPTION_ERROR,                   4},
         {api->setDataOnSimObject(h, 1, 0, 0, 2, 8, v), sc::SIMCONNECT_EXCEPTION_INVALID_ARRAY, 5},
         {api->setDataOnSimObject(h, 1, 0, 0, 0, 4, v), sc::SIMCONNECT_EXCEPTION_SIZE_MISMATCH, 6},
         // clang-format on
