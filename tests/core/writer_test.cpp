@@ -47,7 +47,6 @@ class Writer : public ::testing::Test {
 
 // Ten queued writes a pass, in order; a full queue drops the oldest and counts it.
 TEST_F(Writer, QueuedWritesArriveInOrderTenPerPass) {
-    writes.writerPass(at(0));  // the writer's first pass starts its flush intervals
     for (int i = 0; i < 25; ++i) queue(1, i);
     writes.writerPass(at(1));
     EXPECT_EQ(sent(1).size(), 10u);
