@@ -11,8 +11,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TimePoint at(int64_t ms) { return TimePoint{} + milliseconds(ms); }
-
 // A clock that only moves when a pass does work or the loop sleeps.
 TimePoint current{};
 const LoopClock kFakeClock{[] { return current; },
@@ -22,7 +20,7 @@ const LoopClock kFakeClock{[] { return current; },
 // changes the period, which must not reach the running loop; no durations: the flag is false on
 // entry.
 std::vector<int64_t> passStarts(Pacing pacing, uint16_t periodMs, const std::vector<int>& workMs) {
-    current = at(0);
+    current = TimePoint{};
     PeriodicWorker worker;
     worker.periodMs = periodMs;
     worker.keepRunning = !workMs.empty();
@@ -31,7 +29,7 @@ std::vector<int64_t> passStarts(Pacing pacing, uint16_t periodMs, const std::vec
     runPeriodic(
         worker, pacing,
         [&](TimePoint now) {
-            starts.push_back(std::chrono::duration_cast<milliseconds>(now - at(0)).count());
+            starts.push_back((now - TimePoint{}) / milliseconds(1));
             if (index < workMs.size()) current += milliseconds(workMs[index]);
             worker.periodMs = 1000;
             if (++index >= workMs.size()) worker.keepRunning = false;

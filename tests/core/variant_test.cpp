@@ -16,12 +16,9 @@ void capture(const char* line) { lines.emplace_back(line); }
 TEST(VariantDetector, ClassifiesByMarkerWithPrecedenceAndIgnoringCase) {
     const std::string far = std::string(256, 'x') + "A320";
     const std::pair<std::string, int32_t> cases[] = {
-        {"FenixSim A320 CEO IAE Air Example", kA320},
         {"fenix a321neo livery", kA321},
-        {"Fenix A319 CFM", kA319},
         {"A320 family shown as A321", kA321},
         {"A319 with A320 wing", kA320},
-        {"Cessna 172", kUnknown},
         {"A32", kUnknown},
         {far, kUnknown},
         {std::string(far).replace(252, 4, "A319"), kA319}};
