@@ -177,8 +177,9 @@ TEST_F(ConnectionTest, OpenRegistersEverythingInOrder) {
 }
 
 // Keep-alives every three passes; a quit unregisters everything in order, and the keep-alives,
-// unanswered from then on, reconnect five passes after the last answer without the host. The new
-// connection's title detects the variant, once.
+// unanswered from then on, reconnect five passes after the last answer without the host; with the
+// simulator gone the link is down and searching until it is back. The new connection's title
+// detects the variant, once.
 TEST_F(ConnectionTest, KeepAliveQuitAndReconnect) {
     openConnection();
     for (int s = 1; s <= 9; ++s) tick(s);
@@ -207,12 +208,17 @@ TEST_F(ConnectionTest, KeepAliveQuitAndReconnect) {
 
     for (int s = 10; s <= 13; ++s) tick(s);
     EXPECT_TRUE(standin::calls(kStandinOpen).empty());
-    tick(14);
+    FakeSystem::probe = platform::ProbeResult::kNotFound;  // the simulator has gone too
+    for (int s = 14; s <= 18; ++s) tick(s);
+    EXPECT_FALSE(link.connected());  // the reconnect at 14 closed the link and found nothing
+    FakeSystem::probe = platform::ProbeResult::kFound;
+    tick(19);
     EXPECT_EQ(standin::calls(kStandinOpen).size(), 1u);
+    // Nothing went to the closed handle: the keep-alive at 17 and the close at 19 used none.
     EXPECT_EQ(standin::counters().misuseCalls, 0u);
     standinSetTitle("Fenix A321 Example Air");
     standinRunSeconds(3);
-    link.dispatchPass(at(14.5));  // connected again: a closed link dispatches nothing
+    link.dispatchPass(at(19.5));  // connected again: a closed link dispatches nothing
     EXPECT_EQ(link.variant(), 3);
     EXPECT_EQ(FakeSystem::debugLines(),
               (std::vector<std::string>{
