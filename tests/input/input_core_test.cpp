@@ -207,6 +207,8 @@ TEST_F(InputDispatch, EventsWriteTheirConvertedValueThroughDeadBandsAndSelectors
         if (step.defineId != 0) expected[step.defineId] = {step.written};
         EXPECT_EQ(drain(), (Writes{{}, expected}));
     }
+    digital(23, true);  // the table's first switch (its slot 0): ASP INT/RAD to RAD
+    EXPECT_EQ(drain(), (Writes{{}, Latest{{22, {1.0}}}}));
     EXPECT_EQ(input.switchVarValue(611), 1.0);
     EXPECT_EQ(input.switchVarValue(-3), 0.0);
 }
