@@ -36,9 +36,6 @@ inline constexpr HRESULT kSOk = 0;
 inline constexpr HRESULT kEFail = static_cast<HRESULT>(0x80004005u);
 inline constexpr HRESULT kEInvalidArg = static_cast<HRESULT>(0x80070057u);
 
-// Failures carry many codes (E_FAIL, NTSTATUS-style values after a lost connection): test the sign.
-constexpr bool failed(HRESULT hr) { return hr < 0; }
-
 inline constexpr DWORD SIMCONNECT_UNUSED = 0xFFFFFFFFu;
 inline constexpr SIMCONNECT_OBJECT_ID SIMCONNECT_OBJECT_ID_USER = 0;
 inline constexpr DWORD SIMCONNECT_OPEN_CONFIGINDEX_LOCAL = 0xFFFFFFFFu;
